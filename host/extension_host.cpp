@@ -1,0 +1,59 @@
+#include "host/extension_host.h"
+
+#include <array>
+
+#include "front/request_handler.h"
+#include "host/file_item_provider.h"
+#include "host/progress_reporter.h"
+#include "host/usage_error.h"
+#include "platform/dispatch/main_loop.h"
+#include "platform/extension/extension_item.h"
+
+namespace ostra {
+namespace {
+
+template <class Principal>
+std::shared_ptr<NSExtensionRequestHandling> make() {
+  return std::make_shared<Principal>();
+}
+
+constexpr std::array kPrincipalClasses{
+    PrincipalClass{"OstraQuickActionRequestHandler", make<OstraQuickActionRequestHandler>},
+    PrincipalClass{"OstraQuickActionProfileViewController", nullptr},
+};
+
+/// One selection is one item with an attachment for each file.
+NSExtensionContext::InputItems inputItems(const std::vector<std::string>& files, const std::shared_ptr<Work>& work) {
+  std::vector<std::shared_ptr<NSItemProvider>> providers;
+  for (const std::string& file : files) {
+    providers.push_back(std::make_shared<FileItemProvider>(file, providers.size(), work));
+  }
+  return {std::make_shared<NSExtensionItem>(std::move(providers))};
+}
+
+}  // namespace
+
+std::span<const PrincipalClass> principalClasses() { return kPrincipalClasses; }
+
+std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(const std::string& className,
+                                                                std::span<const PrincipalClass> classes) {
+  for (const PrincipalClass& known : classes) {
+    if (known.name != className) continue;
+    if (known.make == nullptr) throw UsageError("This version does not have the profile conversion yet.");
+    return known.make();
+  }
+  throw UsageError("The bundle names no principal class that this program has (“" + className + "”).");
+}
+
+std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal, const std::vector<std::string>& files,
+                                       ProgressDisplay progress) {
+  std::optional<ProgressReporter> reporter;
+  if (progress == ProgressDisplay::shown) reporter.emplace(files.size());
+  const auto work = std::make_shared<Work>(reporter ? reporter->itemBegan() : nullptr);
+  const auto context = std::make_shared<HostExtensionContext>(inputItems(files, work));
+  principal.beginRequestWithExtensionContext(context);
+  MainLoop::run();
+  return context->end();
+}
+
+}  // namespace ostra

@@ -1,0 +1,35 @@
+#pragma once
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/extension_context.h"
+#include "platform/extension/request_handling.h"
+
+namespace ostra {
+
+/// A class that a bundle may name as its principal class. Without a maker it is known and not built yet.
+struct PrincipalClass {
+  std::string_view name;
+  std::shared_ptr<NSExtensionRequestHandling> (*make)();
+};
+
+/// Every principal class of the program.
+std::span<const PrincipalClass> principalClasses();
+
+/// Makes the object that a bundle's property list names. Throws `UsageError` when that cannot be done.
+std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(
+    const std::string& className, std::span<const PrincipalClass> classes = principalClasses());
+
+/// Whether somebody watches how far the request is.
+enum class ProgressDisplay { shown, hidden };
+
+/// Hands the files to the object as one selection and turns the main loop until the request has ended; nothing when
+/// a signal ended the work first, and the request stays open. Main thread.
+std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal, const std::vector<std::string>& files,
+                                       ProgressDisplay progress);
+
+}  // namespace ostra

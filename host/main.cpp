@@ -1,0 +1,34 @@
+#include <exception>
+
+#include "host/bundles.h"
+#include "host/command_line.h"
+#include "host/conversion.h"
+#include "host/exit_status.h"
+#include "host/message.h"
+#include "host/process.h"
+#include "host/version.h"
+
+namespace {
+
+int perform(const ostra::CommandLine& line) {
+  using namespace ostra;
+  switch (line.command) {
+    case CommandLine::Command::help: return print(helpText());
+    case CommandLine::Command::version: return print(versionText());
+    case CommandLine::Command::list: return print(bundleList(bundlesIn(bundlesFolder())));
+    case CommandLine::Command::convert: return performAction(line);
+  }
+  return kUsageStatus;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ostra::prepareProcess();
+  try {
+    return perform(ostra::parseCommandLine({argv + 1, argv + argc}));
+  } catch (const std::exception& failure) {
+    ostra::say(failure.what());
+    return ostra::kUsageStatus;
+  }
+}

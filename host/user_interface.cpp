@@ -1,0 +1,72 @@
+#include "host/user_interface.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "host/stop_signals.h"
+#include "platform/appkit/terminal/terminal_renderer.h"
+
+namespace ostra {
+namespace {
+
+bool isSet(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+/// Nothing is reported after a signal: not even the failure of the picture that was in work.
+class UntilStopped : public Renderer {
+ public:
+  explicit UntilStopped(Renderer& shown) : shown_(shown) {}
+  void activate() override { shown_.activate(); }
+  void beep() override { shown_.beep(); }
+  void run(const NSAlert& alert) override {
+    if (!StopSignals::received()) shown_.run(alert);
+  }
+  SavePanelAnswer run(const NSSavePanel& panel) override {
+    return StopSignals::received() ? SavePanelAnswer{} : shown_.run(panel);
+  }
+  void progress(const Progress& progress) override { shown_.progress(progress); }
+
+ private:
+  Renderer& shown_;
+};
+
+class HostApplication : public NSApplication {
+ public:
+  void activateIgnoringOtherApps(bool) override { Service<Renderer>::current().activate(); }
+};
+
+}  // namespace
+
+Surroundings Surroundings::current() {
+  return {.inputIsTerminal = isatty(STDIN_FILENO) == 1,
+          .errorsAreTerminal = isatty(STDERR_FILENO) == 1,
+          .hasDisplay = isSet("WAYLAND_DISPLAY") || isSet("DISPLAY")};
+}
+
+Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundings) {
+  switch (choice) {
+    case UserInterfaceChoice::desktop: return Display::windows;
+    case UserInterfaceChoice::terminal: return Display::terminal;
+    case UserInterfaceChoice::none: return Display::lines;
+    case UserInterfaceChoice::automatic: break;
+  }
+  if (surroundings.inputIsTerminal && surroundings.errorsAreTerminal) return Display::terminal;
+  return surroundings.hasDisplay ? Display::windows : Display::lines;
+}
+
+UserInterface::UserInterface(Display display) {
+  if (display == Display::terminal) {
+    terminal_ = std::make_unique<TerminalRenderer>();
+    application_ = std::make_unique<HostApplication>();
+  }
+  untilStopped_ = std::make_unique<UntilStopped>(terminal_ ? *terminal_ : Renderer::standard());
+  override_.emplace(*untilStopped_);
+  NSApplication::setShared(application_.get());
+}
+
+UserInterface::~UserInterface() { NSApplication::setShared(nullptr); }
+
+}  // namespace ostra

@@ -1,0 +1,7 @@
+#include "host/version.h"
+
+namespace ostra {
+
+std::string versionText() { return "ostra " OSTRA_VERSION "\n"; }
+
+}  // namespace ostra

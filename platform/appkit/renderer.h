@@ -1,0 +1,41 @@
+#pragma once
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "platform/appkit/alert.h"
+#include "platform/appkit/save_panel.h"
+
+namespace ostra {
+
+/// How a save panel was left. The place counts only with `NSModalResponseOK`, and may be missing even then.
+struct SavePanelAnswer {
+  NSModalResponse response = NSModalResponseCancel;
+  std::optional<URL> url;
+};
+
+/// How far a request is. `name` is the item in work.
+struct Progress {
+  std::size_t done = 0;
+  std::size_t total = 0;
+  std::string name;
+};
+
+/// Shows what the plain objects of this folder describe: in windows, on a terminal, or as lines. Main thread.
+/// Replaceable through `Service<Renderer>`.
+class Renderer {
+ public:
+  virtual ~Renderer() = default;
+  /// Brings the program to the front.
+  virtual void activate() = 0;
+  virtual void beep() = 0;
+  virtual void run(const NSAlert& alert) = 0;
+  virtual SavePanelAnswer run(const NSSavePanel& panel) = 0;
+  /// The host's only; called again and again while work goes on, and with done equal to total at its end.
+  virtual void progress(const Progress& progress) = 0;
+
+  /// Plain lines on standard error; nobody to ask, so a save panel counts as cancelled.
+  static Renderer& standard();
+};
+
+}  // namespace ostra

@@ -1,0 +1,92 @@
+#include "platform/appkit/terminal/terminal_renderer.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "platform/appkit/plain_text.h"
+#include "platform/appkit/terminal/save_question.h"
+#include "platform/log/printable.h"
+
+namespace ostra {
+namespace {
+
+constexpr std::size_t kBarWidth = 20;
+constexpr const char* kClearLine = "\r\033[K";
+
+std::size_t columnsOf(int terminal) {
+  winsize size{};
+  return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+/// `text` (UTF-8) of at most so many characters.
+std::string_view shortened(std::string_view text, std::size_t most) {
+  std::size_t end = 0;
+  for (std::size_t count = 0; end < text.size(); ++end) {
+    const bool startsCharacter = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
+    if (startsCharacter && count++ == most) break;
+  }
+  return text.substr(0, end);
+}
+
+std::string barLine(const Progress& progress, std::size_t columns) {
+  const std::size_t filled = progress.total == 0 ? 0 : progress.done * kBarWidth / progress.total;
+  const std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
+                           std::to_string(progress.done) + " of " + std::to_string(progress.total) + "  " +
+                           printable(progress.name);
+  // One column stays free: a full line would wrap, and could not be drawn over.
+  return std::string(shortened(line, columns - 1));
+}
+
+/// The next line of the terminal; nothing at its end, or when a signal came.
+std::optional<std::string> readLine(int terminal) {
+  std::string line;
+  char c = 0;
+  while (read(terminal, &c, 1) == 1) {
+    if (c == '\n') return line;
+    line += c;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+TerminalRenderer::TerminalRenderer(const std::string& terminal)
+    : terminal_(open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+
+void TerminalRenderer::beep() { writeText(terminal_.get(), "\a"); }
+
+void TerminalRenderer::run(const NSAlert& alert) {
+  clearProgress();
+  writeText(STDERR_FILENO, plainText(alert));
+}
+
+SavePanelAnswer TerminalRenderer::run(const NSSavePanel& panel) {
+  if (!terminal_) return {};
+  clearProgress();
+  std::optional<std::string> line = "";
+  const auto url = askWhereToSave(panel, [this, &line](const std::string& question) {
+    if (!line) return line;  // after the end, or a signal, nothing is asked any more
+    writeText(terminal_.get(), printable(question));
+    line = readLine(terminal_.get());
+    return line;
+  });
+  if (!url) writeText(terminal_.get(), "\n");
+  return url ? SavePanelAnswer{NSModalResponseOK, url} : SavePanelAnswer{};
+}
+
+void TerminalRenderer::progress(const Progress& progress) {
+  if (!terminal_) return;
+  if (progress.done >= progress.total) return clearProgress();
+  writeText(terminal_.get(), kClearLine + barLine(progress, columnsOf(terminal_.get())));
+  progressShown_ = true;
+}
+
+void TerminalRenderer::clearProgress() {
+  if (progressShown_) writeText(terminal_.get(), kClearLine);
+  progressShown_ = false;
+}
+
+}  // namespace ostra

@@ -1,0 +1,32 @@
+#pragma once
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "platform/appkit/renderer.h"
+#include "platform/foundation/unique_fd.h"
+
+namespace ostra {
+
+/// Shows everything as text. Questions and the progress bar go to the controlling terminal, whatever the standard
+/// streams are; failures go to standard error. A question that a signal interrupts counts as cancelled.
+class TerminalRenderer : public Renderer {
+ public:
+  explicit TerminalRenderer(const std::string& terminal = "/dev/tty");
+
+  void activate() override {}
+  void beep() override;
+  /// Prints and returns; nobody has to press a key.
+  void run(const NSAlert& alert) override;
+  SavePanelAnswer run(const NSSavePanel& panel) override;
+  /// Draws the bar over itself; takes it away when all is done.
+  void progress(const Progress& progress) override;
+
+ private:
+  void clearProgress();
+
+  const UniqueFd terminal_;
+  bool progressShown_ = false;
+};
+
+}  // namespace ostra

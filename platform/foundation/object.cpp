@@ -1,0 +1,7 @@
+#include "platform/foundation/object.h"
+
+namespace ostra {
+
+NSObject::~NSObject() = default;
+
+}  // namespace ostra

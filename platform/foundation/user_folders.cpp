@@ -1,0 +1,44 @@
+#include "platform/foundation/user_folders.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string_view>
+
+#include <sys/stat.h>
+
+namespace ostra {
+namespace {
+
+constexpr std::string_view kProgram = "/ostra";
+
+/// A value that is no absolute path counts as unset, as the base directory rules have it.
+std::optional<std::string> folderIn(const char* variable) {
+  const char* value = std::getenv(variable);
+  if (value == nullptr || *value != '/') return std::nullopt;
+  return value;
+}
+
+std::optional<std::string> programFolder(const char* variable, std::string_view underHome) {
+  if (auto folder = folderIn(variable)) return folder->append(kProgram);
+  if (auto home = folderIn("HOME")) return home->append(underHome).append(kProgram);
+  return std::nullopt;
+}
+
+bool makeFolder(const std::string& folder) { return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST; }
+
+}  // namespace
+
+std::optional<std::string> settingsFolder() { return programFolder("XDG_CONFIG_HOME", "/.config"); }
+
+std::optional<std::string> cacheFolder() { return programFolder("XDG_CACHE_HOME", "/.cache"); }
+
+bool makeFolders(const std::string& folder) {
+  for (std::size_t slash = folder.find('/', 1); slash != std::string::npos;
+       slash = folder.find('/', slash + 1)) {
+    // One that is missing and cannot be made shows in the last call.
+    makeFolder(folder.substr(0, slash));
+  }
+  return makeFolder(folder);
+}
+
+}  // namespace ostra

@@ -1,0 +1,35 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/bytes.h"
+#include "platform/graphics/image.h"
+
+namespace ostra {
+
+/// The English description of a profile whose table of tags has been checked, or nothing when the colour library
+/// cannot convert from it.
+std::optional<std::string> descriptionIfUsable(ByteView profile);
+
+/// A conversion between two profiles of any kind by the colour library, without its optimisations: they are wrong by
+/// up to 4 of 255 and 1346 of 65535. Immutable; any number of threads may run one at once.
+///
+/// The standard intent is perceptual. Black points are not matched, except where the library must: between
+/// table profiles of version 4, whose perceptual tables are defined with it.
+class ProfileTransform {
+ public:
+  /// Null when the profiles make no transform.
+  static std::shared_ptr<const ProfileTransform> create(ByteView source, ByteView destination,
+                                                        CGColorRenderingIntent intent);
+  virtual ~ProfileTransform() = default;
+  /// Components of a pixel.
+  virtual int sourceComponents() const = 0;
+  virtual int destinationComponents() const = 0;
+  /// Interleaved 16-bit values, 0 to 65535.
+  virtual void run(const std::uint16_t* source, std::uint16_t* destination, std::size_t pixels) const = 0;
+};
+
+}  // namespace ostra

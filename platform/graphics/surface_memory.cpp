@@ -1,0 +1,30 @@
+#include "platform/graphics/surface_memory.h"
+
+#include <sys/mman.h>
+
+#include <cstdlib>
+
+namespace ostra {
+namespace {
+
+constexpr std::size_t hugePage = std::size_t{2} << 20;
+
+/// A large picture touches its pages once each; with small ones that is a quarter of the time of drawing it.
+void preferHugePages(std::uint8_t* memory, std::size_t size) {
+  if (size < 4 * hugePage) return;
+  const auto address = reinterpret_cast<std::uintptr_t>(memory);
+  const std::size_t skip = (hugePage - address % hugePage) % hugePage;
+  ::madvise(memory + skip, (size - skip) / hugePage * hugePage, MADV_HUGEPAGE);
+}
+
+}  // namespace
+
+void FreeMemory::operator()(std::uint8_t* memory) const { std::free(memory); }
+
+SurfaceMemory allocateSurface(std::size_t size) {
+  SurfaceMemory memory(static_cast<std::uint8_t*>(std::calloc(size, 1)));
+  if (memory) preferHugePages(memory.get(), size);
+  return memory;
+}
+
+}  // namespace ostra

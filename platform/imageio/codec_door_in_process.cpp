@@ -1,0 +1,80 @@
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/imageio/codec.h"
+#include "platform/imageio/codec_door.h"
+#include "platform/imageio/file_contents.h"
+
+namespace ostra {
+namespace {
+
+// A file whose numbers ask for more memory than there is fails alone.
+template <class Call>
+auto withinMemory(Call call) -> decltype(call()) {
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    return Fault{FaultKind::limit, LimitName::decodedBytes};
+  } catch (const std::length_error&) {
+    return Fault{FaultKind::limit, LimitName::decodedBytes};
+  }
+}
+
+class InProcessReader : public Reader {
+ public:
+  InProcessReader(SharedBytes file, std::unique_ptr<CodecReader> codec, const Limits& limits)
+      : file_(std::move(file)), codec_(std::move(codec)), limits_(limits) {}
+
+  const Opened& opened() const override { return codec_->opened(); }
+  Answer<Pixels> decode(std::uint32_t index) override {
+    return withinMemory([&] { return codec_->decode(index, limits_); });
+  }
+  Answer<Properties> properties(std::uint32_t index) override {
+    return withinMemory([&] { return codec_->properties(index, limits_); });
+  }
+
+ private:
+  SharedBytes file_;
+  std::unique_ptr<CodecReader> codec_;
+  Limits limits_;
+};
+
+Answer<std::unique_ptr<Reader>> openFile(const UniqueFd& file, const Limits& limits) {
+  const Codec* codec = codecForBytes(readBeginning(file.get(), kSignatureBytes));
+  if (codec == nullptr) return Fault{FaultKind::notImage};
+  auto contents = readContents(file.get(), limits.decodedBytes);
+  if (!contents) return Fault{FaultKind::limit, LimitName::decodedBytes};
+  auto opened = codec->open(contents->view, limits);
+  if (const auto* fault = std::get_if<Fault>(&opened)) return *fault;
+  return std::make_unique<InProcessReader>(
+      std::move(*contents), std::get<std::unique_ptr<CodecReader>>(std::move(opened)), limits);
+}
+
+class InProcessDoor : public CodecDoor {
+ public:
+  Answer<std::unique_ptr<Reader>> open(UniqueFd file, const Limits& limits) override {
+    return withinMemory([&] { return openFile(file, limits); });
+  }
+  Answer<Bytes> encode(std::string_view type, const Pixels& pixels, const Properties* properties) override {
+    const Codec* codec = codecForType(type);
+    if (codec == nullptr || codec->encode == nullptr) return Fault{FaultKind::notImage};
+    return withinMemory([&] { return codec->encode(pixels, properties); });
+  }
+  std::set<std::string> writable() const override {
+    std::set<std::string> types;
+    for (const Codec& codec : allCodecs()) {
+      if (codec.encode != nullptr) types.emplace(codec.type);
+    }
+    return types;
+  }
+};
+
+}  // namespace
+
+CodecDoor& CodecDoor::standard() {
+  static InProcessDoor door;
+  return door;
+}
+
+}  // namespace ostra

@@ -1,0 +1,157 @@
+#include "platform/imageio/codecs/jpeg_segments.h"
+
+#include <algorithm>
+#include <map>
+
+#include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/metadata/text_encoding.h"
+
+namespace ostra {
+namespace {
+
+struct Segment {
+  std::uint8_t marker = 0;
+  ByteView data;
+};
+
+bool standsAlone(std::uint8_t marker) { return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8); }
+
+// The segments up to the first scan.
+class SegmentWalk {
+ public:
+  explicit SegmentWalk(ByteView file) : rest_(file.subspan(2)) {}
+
+  std::optional<Segment> next() {
+    while (findMarker()) {
+      const std::uint8_t marker = rest_[1];
+      rest_ = rest_.subspan(2);
+      if (standsAlone(marker)) continue;
+      if (marker == 0xD9 || marker == 0xDA || rest_.size() < 2) return std::nullopt;
+      const std::size_t length = bigEndian16(rest_, 0);
+      if (length < 2 || length > rest_.size()) return std::nullopt;
+      const Segment segment{marker, rest_.subspan(2, length - 2)};
+      rest_ = rest_.subspan(length);
+      return segment;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  // Skips what stands between segments, fill bytes among it, as the decoder does.
+  bool findMarker() {
+    while (rest_.size() >= 2 && (rest_[0] != 0xFF || rest_[1] == 0xFF || rest_[1] == 0)) rest_ = rest_.subspan(1);
+    return rest_.size() >= 2;
+  }
+  ByteView rest_;
+};
+
+bool isFrame(std::uint8_t marker) {
+  return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+}
+
+std::optional<JpegFrame> readFrame(const Segment& segment) {
+  if (segment.data.size() < 6) return std::nullopt;
+  JpegFrame frame;
+  frame.bits = segment.data[0];
+  frame.height = bigEndian16(segment.data, 1);
+  frame.width = bigEndian16(segment.data, 3);
+  frame.components = segment.data[5];
+  frame.progressive = (segment.marker & 3) == 2;
+  return frame;
+}
+
+std::optional<JpegDensity> readJfif(ByteView data) {
+  if (data.size() < 12 || !asText(data).starts_with(std::string_view{"JFIF\0", 5})) return std::nullopt;
+  return JpegDensity{data[5], data[6], data[7], bigEndian16(data, 8), bigEndian16(data, 10)};
+}
+
+// A profile in numbered segments, which may come in any order.
+class ProfileParts {
+ public:
+  void add(ByteView part) {
+    if (part.size() < 2) return;
+    const unsigned number = part[0], total = part[1];
+    if (total_ != 0 && total != total_) consistent_ = false;
+    total_ = total;
+    if (!parts_.emplace(number, part.subspan(2)).second) consistent_ = false;
+  }
+  Bytes joined(std::size_t limit) const {
+    Bytes profile;
+    if (!consistent_ || parts_.size() != total_) return {};
+    unsigned expected = 1;
+    for (const auto& [number, part] : parts_) {
+      if (number != expected++ || part.size() > limit - profile.size()) return {};
+      profile.insert(profile.end(), part.begin(), part.end());
+    }
+    return profile;
+  }
+
+ private:
+  std::map<unsigned, ByteView> parts_;
+  unsigned total_ = 0;
+  bool consistent_ = true;
+};
+
+class Collector {
+ public:
+  explicit Collector(const Limits& limits) : metadataLeft_(limits.metadataBytes) {}
+
+  void take(const Segment& segment, JpegSegments& segments) {
+    const std::uint8_t marker = segment.marker;
+    if (isFrame(marker) && !segments.frame) segments.frame = readFrame(segment);
+    if (marker == 0xE0 && !segments.jfif) segments.jfif = readJfif(segment.data);
+    if (marker == 0xE1) takeMetadata(segment.data, segments);
+    if (marker == 0xE2) takeProfileOrIndex(segment.data, segments);
+    if (marker == 0xED) {
+      if (const auto rest = after(segment.data, kJpegPhotoshopHead)) append(segments.photoshop, *rest);
+    }
+    if (marker == 0xFE && fits(segment.data)) {
+      ByteView text = segment.data;
+      while (!text.empty() && text.back() == 0) text = text.first(text.size() - 1);
+      segments.comments.push_back(utf8FromUnknown(asText(text)));
+    }
+  }
+  const ProfileParts& profile() const { return profile_; }
+
+ private:
+  static std::optional<ByteView> after(ByteView data, std::string_view head) {
+    if (!asText(data).starts_with(head)) return std::nullopt;
+    return data.subspan(head.size());
+  }
+  bool fits(ByteView block) {
+    if (block.size() > metadataLeft_) return false;
+    metadataLeft_ -= block.size();
+    return true;
+  }
+  void append(Bytes& to, ByteView block) {
+    if (fits(block)) to.insert(to.end(), block.begin(), block.end());
+  }
+  void takeMetadata(ByteView data, JpegSegments& segments) {
+    // Some writers leave a second, older block behind; readers take the first.
+    if (const auto rest = after(data, kJpegExifHead); rest && segments.exif.empty()) append(segments.exif, *rest);
+    if (const auto rest = after(data, kJpegXmpHead); rest && segments.xmp.empty()) append(segments.xmp, *rest);
+  }
+  void takeProfileOrIndex(ByteView data, JpegSegments& segments) {
+    if (const auto rest = after(data, kJpegIccHead)) profile_.add(*rest);
+    if (const auto rest = after(data, kJpegMpfHead))
+      segments.pictures = std::max(segments.pictures, countJpegViews(*rest));
+  }
+
+  std::size_t metadataLeft_;
+  ProfileParts profile_;
+};
+
+}  // namespace
+
+JpegSegments readJpegSegments(ByteView file, const Limits& limits) {
+  JpegSegments segments;
+  if (file.size() < 2) return segments;
+  Collector collector(limits);
+  SegmentWalk walk(file);
+  while (const auto segment = walk.next()) collector.take(*segment, segments);
+  segments.icc = collector.profile().joined(limits.profileBytes);
+  segments.pictures = std::min(segments.pictures, std::max(limits.frames, 1u));
+  return segments;
+}
+
+}  // namespace ostra

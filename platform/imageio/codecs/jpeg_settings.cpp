@@ -1,0 +1,55 @@
+#include "platform/imageio/codecs/jpeg_settings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "platform/imageio/metadata/carrier.h"
+#include "platform/imageio/property_keys.h"
+
+namespace ostra {
+namespace {
+
+constexpr double kFullColourQuality = 0.9;
+
+std::optional<double> numberAt(const Dictionary& tree, std::string_view key) {
+  const auto found = tree.find(key);
+  return found == tree.end() ? std::nullopt : found->second.number();
+}
+
+std::uint16_t densityWord(double value) {
+  return static_cast<std::uint16_t>(std::clamp(std::round(value), 1.0, 65535.0));
+}
+
+void setDensity(JpegSettings& settings, const Dictionary& tree, const Dictionary& jfif) {
+  if (const auto density = statedDensity(tree)) {
+    settings.densityUnit = 1;
+    settings.xDensity = densityWord(density->x);
+    settings.yDensity = densityWord(density->y);
+    return;
+  }
+  const auto x = numberAt(jfif, "XDensity"), y = numberAt(jfif, "YDensity");
+  if (!x || !y || *x < 1 || *y < 1) return;
+  settings.xDensity = densityWord(*x);
+  settings.yDensity = densityWord(*y);
+}
+
+}  // namespace
+
+JpegSettings jpegSettings(const Properties* properties) {
+  JpegSettings settings;
+  if (properties == nullptr) return settings;
+  const Dictionary& tree = properties->tree;
+  settings.quality = numberAt(tree, kCGImageDestinationLossyCompressionQuality).value_or(settings.quality);
+  settings.fullColour = settings.quality >= kFullColourQuality;
+  const auto found = tree.find(kCGImagePropertyJFIFDictionary);
+  const auto* jfif = found == tree.end() ? nullptr : found->second.get<Dictionary>();
+  const auto* progressive = jfif != nullptr && jfif->contains("IsProgressive")
+                                ? jfif->find("IsProgressive")->second.get<bool>()
+                                : nullptr;
+  settings.progressive = progressive != nullptr && *progressive;
+  setDensity(settings, tree, jfif != nullptr ? *jfif : Dictionary());
+  return settings;
+}
+
+}  // namespace ostra

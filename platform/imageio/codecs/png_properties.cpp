@@ -1,0 +1,109 @@
+#include "platform/imageio/codecs/png_properties.h"
+
+#include <array>
+#include <string>
+
+#include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/picture_tree.h"
+#include "platform/imageio/codecs/png_blocks.h"
+#include "platform/imageio/property_keys.h"
+
+namespace ostra {
+namespace {
+
+constexpr double kMetresAnInch = 0.0254;
+
+void readDensity(ByteView phys, Dictionary& tree, Dictionary& group) {
+  const std::int64_t x = bigEndian32(phys, 0), y = bigEndian32(phys, 4);
+  if (phys[8] == 1 && x > 0 && y > 0) {
+    group.emplace("XPixelsPerMeter", x);
+    group.emplace("YPixelsPerMeter", y);
+    const auto inches = [](std::int64_t perMetre) {
+      return roundedDensity(static_cast<double>(perMetre) * kMetresAnInch, kMetresAnInch);
+    };
+    tree.emplace(kCGImagePropertyDPIWidth, inches(x));
+    tree.emplace(kCGImagePropertyDPIHeight, inches(y));
+  } else if (phys[8] == 0 && x > 0 && y > 0) {
+    group.emplace("PixelAspectRatio", static_cast<double>(y) / static_cast<double>(x));
+  }
+}
+
+Array chromaticities(ByteView chrm) {
+  Array numbers;
+  for (std::size_t i = 0; i < 8; ++i) numbers.emplace_back(bigEndian32(chrm, 4 * i) / 100000.0);
+  return numbers;
+}
+
+std::string timeText(ByteView time) {
+  const auto two = [](unsigned number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+  return std::to_string(bigEndian16(time, 0)) + ":" + two(time[2]) + ":" + two(time[3]) + " " + two(time[4]) + ":" +
+         two(time[5]) + ":" + two(time[6]);
+}
+
+// The group's numbers, and the density, which the top level tells.
+Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
+  Dictionary group;
+  group.emplace("InterlaceType", header.interlaced ? 1 : 0);
+  PngChunkWalk walk(file);
+  while (const auto chunk = walk.next()) {
+    const ByteView data = chunk->data;
+    const auto is = [&](const char(&type)[5], std::size_t size) {
+      return chunk->type == pngType(type) && data.size() == size && chunk->isIntact();
+    };
+    if (is("gAMA", 4)) group.emplace("Gamma", bigEndian32(data, 0) / 100000.0);
+    if (is("sRGB", 1)) group.emplace("sRGBIntent", std::int64_t{data[0]});
+    if (is("cHRM", 32)) group.emplace("Chromaticities", chromaticities(data));
+    if (is("pHYs", 9)) readDensity(data, tree, group);
+    if (is("tIME", 7)) group.emplace("ModificationTime", timeText(data));
+    if (is("acTL", 8)) group.emplace("LoopCount", std::int64_t{bigEndian32(data, 4)});
+  }
+  return group;
+}
+
+// The {PNG} group does not survive a rewrite. Its texts do where another group has a place for them and says nothing
+// there: put into the tree after the blocks were read, they count as new and are written.
+struct TextHome {
+  std::string_view keyword, group, key;
+};
+constexpr std::array kTextHomes = {
+    TextHome{"Title", kCGImagePropertyIPTCDictionary, "ObjectName"},
+    TextHome{"Description", kCGImagePropertyIPTCDictionary, "Caption/Abstract"},
+    TextHome{"Author", kCGImagePropertyTIFFDictionary, "Artist"},
+    TextHome{"Copyright", kCGImagePropertyTIFFDictionary, "Copyright"},
+    TextHome{"Software", kCGImagePropertyTIFFDictionary, "Software"},
+    TextHome{"Comment", kCGImagePropertyExifDictionary, "UserComment"},
+};
+
+void giveTextsAHome(const PngBlocks& blocks, Dictionary& tree) {
+  for (const auto& [keyword, text] : blocks.groupTexts) {
+    for (const TextHome& home : kTextHomes) {
+      if (home.keyword != keyword || text.empty()) continue;
+      auto* group = tree.emplace(home.group, Dictionary()).first->second.get<Dictionary>();
+      if (group != nullptr) group->emplace(home.key, text);
+    }
+  }
+}
+
+}  // namespace
+
+Properties readPngProperties(ByteView file, const PngStructure& structure, const ProfileRecord& profile,
+                             const Limits& limits) {
+  const PngHeader& header = structure.header;
+  PictureFacts facts;
+  facts.width = header.width;
+  facts.height = header.height;
+  facts.depth = header.isPalette() ? 8 : header.bits;
+  facts.model = header.model();
+  facts.hasAlpha = structure.hasAlpha();
+  facts.isIndexed = header.isPalette();
+  Dictionary tree = pictureTree(facts, profile);
+  Dictionary group = readGroup(file, header, tree);
+  PngBlocks blocks = readPngBlocks(file, limits.metadataBytes);
+  for (const auto& [keyword, text] : blocks.groupTexts) group.emplace(keyword, text);
+  tree.emplace(kCGImagePropertyPNGDictionary, std::move(group));
+  Properties properties = readMetadata(std::move(blocks.carrier), std::move(tree));
+  giveTextsAHome(blocks, properties.tree);
+  return properties;
+}
+
+}  // namespace ostra

@@ -1,0 +1,116 @@
+#include "platform/imageio/codecs/png_text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "platform/imageio/codecs/inflate.h"
+#include "platform/imageio/metadata/text_encoding.h"
+
+namespace ostra {
+namespace {
+
+// Takes what precedes the next NUL, and the NUL, off the front.
+std::optional<ByteView> takeField(ByteView& rest) {
+  const auto end = std::find(rest.begin(), rest.end(), 0);
+  if (end == rest.end()) return std::nullopt;
+  const auto size = static_cast<std::size_t>(end - rest.begin());
+  const ByteView field = rest.first(size);
+  rest = rest.subspan(size + 1);
+  return field;
+}
+
+std::optional<std::string> inflatedText(ByteView stream, std::size_t limit) {
+  const auto bytes = inflateAll(stream, limit);
+  if (!bytes) return std::nullopt;
+  return std::string(asText(*bytes));
+}
+
+std::optional<std::string> compressedText(ByteView rest, std::size_t limit) {
+  if (rest.empty() || rest[0] != 0) return std::nullopt;
+  auto text = inflatedText(rest.subspan(1), limit);
+  if (text) *text = utf8FromLatin1(*text);
+  return text;
+}
+
+std::optional<std::string> internationalText(ByteView rest, std::size_t limit) {
+  if (rest.size() < 2) return std::nullopt;
+  const bool compressed = rest[0] == 1;
+  rest = rest.subspan(2);
+  if (!takeField(rest) || !takeField(rest)) return std::nullopt;  // language, translated keyword
+  return compressed ? inflatedText(rest, limit) : std::string(asText(rest));
+}
+
+int hexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+}  // namespace
+
+std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit) {
+  const bool known =
+      chunk.type == pngType("tEXt") || chunk.type == pngType("zTXt") || chunk.type == pngType("iTXt");
+  if (!known || chunk.data.size() > limit || !chunk.isIntact()) return std::nullopt;
+  ByteView rest = chunk.data;
+  const auto keyword = takeField(rest);
+  if (!keyword || keyword->empty() || keyword->size() > 79) return std::nullopt;
+  std::optional<std::string> text;
+  if (chunk.type == pngType("tEXt")) text = utf8FromLatin1(asText(rest));
+  if (chunk.type == pngType("zTXt")) text = compressedText(rest, limit);
+  if (chunk.type == pngType("iTXt")) text = internationalText(rest, limit);
+  if (!text) return std::nullopt;
+  return PngText{utf8FromLatin1(asText(*keyword)), std::move(*text)};
+}
+
+// A line with the kind, a line with the number of bytes, lines of hexadecimal digits.
+std::optional<Bytes> readPngRawProfile(std::string_view text) {
+  const auto skipLine = [&] {
+    const std::size_t end = text.find('\n');
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  };
+  if (text.starts_with('\n')) skipLine();
+  skipLine();
+  text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+  std::size_t size = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), size).ec != std::errc()) return std::nullopt;
+  skipLine();
+  if (size > text.size() / 2) return std::nullopt;
+  Bytes bytes;
+  bytes.reserve(size);
+  int high = -1;
+  for (const char c : text) {
+    if (bytes.size() == size) break;
+    const int digit = hexDigit(c);
+    if (digit < 0 && (c == '\n' || c == '\r' || c == ' ')) continue;
+    if (digit < 0) return std::nullopt;
+    if (high >= 0) bytes.push_back(static_cast<std::uint8_t>(high << 4 | digit));
+    high = high >= 0 ? -1 : digit;
+  }
+  return bytes.size() == size ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
+std::string pngRawProfile(std::string_view kind, ByteView bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  constexpr std::size_t kBytesALine = 36;
+  std::string size = std::to_string(bytes.size());
+  size.insert(0, size.size() < 8 ? 8 - size.size() : 0, ' ');
+  std::string text = "\n" + std::string(kind) + "\n" + size;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (i % kBytesALine == 0) text += '\n';
+    text += kDigits[bytes[i] >> 4];
+    text += kDigits[bytes[i] & 15];
+  }
+  return text + "\n";
+}
+
+bool isPngGroupKeyword(std::string_view keyword) {
+  constexpr std::array<std::string_view, 10> kKeywords = {"Author",     "Comment",  "Copyright", "Creation Time",
+                                                          "Description", "Disclaimer", "Software",  "Source",
+                                                          "Title",      "Warning"};
+  return std::find(kKeywords.begin(), kKeywords.end(), keyword) != kKeywords.end();
+}
+
+}  // namespace ostra

@@ -1,0 +1,92 @@
+#include <png.h>
+
+#include <cstring>
+#include <exception>
+#include <vector>
+
+#include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/png_written_chunks.h"
+
+namespace ostra {
+namespace {
+
+// Measured on photographs and screen pictures: more filters and higher levels double the time and more, for some hundredths
+// of the size.
+constexpr int kCompressionLevel = 2;
+constexpr int kFilters = PNG_FILTER_SUB | PNG_FILTER_PAETH;
+
+// What the library's calls reach; it lives outside the frame that they jump through.
+struct PngEncoding {
+  const Pixels& pixels;
+  const std::vector<PngWrittenChunk>& chunks;
+  int colourType = 0;
+  bool skipsFourth = false;
+  Bytes file;
+};
+
+[[noreturn]] void onError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void onWarning(png_structp, png_const_charp) {}
+void onFlush(png_structp) {}
+
+void onWrite(png_structp png, png_bytep bytes, std::size_t size) {
+  auto& encoding = *static_cast<PngEncoding*>(png_get_io_ptr(png));
+  bool stored = false;
+  try {
+    encoding.file.insert(encoding.file.end(), bytes, bytes + size);
+    stored = true;
+  } catch (const std::exception&) {
+  }
+  if (!stored) png_error(png, "no memory");
+}
+
+// Jumps: nothing here has a destructor.
+bool run(png_structp png, png_infop info, PngEncoding& encoding) {
+  const Layout& layout = encoding.pixels.layout;
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  png_set_write_fn(png, &encoding, onWrite, onFlush);
+  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+  png_set_compression_level(png, kCompressionLevel);
+  png_set_filter(png, PNG_FILTER_TYPE_BASE, kFilters);
+  png_set_compression_buffer_size(png, 1 << 16);
+  png_set_IHDR(png, info, layout.width, layout.height, layout.bitsPerComponent, encoding.colourType,
+               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  for (const PngWrittenChunk& chunk : encoding.chunks)
+    png_write_chunk(png, chunk.type, chunk.data.data(), chunk.data.size());
+  if (layout.bitsPerComponent == 16) png_set_swap(png);
+  if (encoding.skipsFourth) png_set_filler(png, 0, PNG_FILLER_AFTER);
+  for (std::uint32_t y = 0; y < layout.height; ++y)
+    png_write_row(png, encoding.pixels.bytes.view.data() + y * layout.bytesPerRow);
+  png_write_end(png, nullptr);
+  return true;
+}
+
+bool encodeInto(PngEncoding& encoding) {
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning);
+  if (png == nullptr) return false;
+  png_infop info = png_create_info_struct(png);
+  const bool done = info != nullptr && run(png, info, encoding);
+  png_destroy_write_struct(&png, &info);
+  return done;
+}
+
+std::optional<int> colourTypeOf(const Layout& layout, bool alpha) {
+  if (layout.model == CGColorSpaceModel::monochrome) return alpha ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
+  if (layout.model == CGColorSpaceModel::rgb) return alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+  return std::nullopt;
+}
+
+}  // namespace
+
+Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
+  const auto alpha = static_cast<CGImageAlphaInfo>(pixels.layout.bitmapInfo & kCGBitmapAlphaInfoMask);
+  const auto colourType = colourTypeOf(pixels.layout, alpha == CGImageAlphaInfo::last);
+  if (!colourType) return Fault{FaultKind::damaged};
+  const auto chunks = pngChunksToWrite(pixels, properties);
+  if (!chunks) return Fault{FaultKind::damaged};
+  PngEncoding encoding{pixels, *chunks, *colourType, alpha == CGImageAlphaInfo::noneSkipLast, {}};
+  if (!encodeInto(encoding)) return Fault{FaultKind::damaged};
+  return std::move(encoding.file);
+}
+
+}  // namespace ostra

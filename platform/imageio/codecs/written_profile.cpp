@@ -1,0 +1,15 @@
+#include "platform/imageio/codecs/written_profile.h"
+
+#include "platform/imageio/profile_space.h"
+
+namespace ostra {
+
+std::optional<Bytes> writtenProfile(const ProfileRecord& profile, CGColorSpaceModel model) {
+  if (std::holds_alternative<Untagged>(profile)) return Bytes();
+  const CGColorSpaceRef space = statedSpace(profile, model);
+  if (space == nullptr) return std::nullopt;
+  const ByteView bytes = space->iccData();
+  return Bytes(bytes.begin(), bytes.end());
+}
+
+}  // namespace ostra

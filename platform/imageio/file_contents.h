@@ -1,0 +1,18 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "platform/foundation/bytes.h"
+
+namespace ostra {
+
+/// The first `size` bytes of a file, fewer when it is shorter or cannot be read.
+Bytes readBeginning(int file, std::size_t size);
+
+/// The bytes of a regular file, read into memory: a mapping would end the process when somebody shortens the
+/// file meanwhile. Nothing when it is no regular file, is larger than `limit`, or cannot be read. May throw
+/// `std::bad_alloc`.
+std::optional<SharedBytes> readContents(int file, std::uint64_t limit);
+
+}  // namespace ostra

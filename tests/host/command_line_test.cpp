@@ -1,0 +1,131 @@
+#include "host/command_line.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/usage_error.h"
+
+namespace ostra {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Command = CommandLine::Command;
+
+/// The sentence that refuses the arguments, or "accepted".
+std::string refusal(const std::vector<std::string>& arguments) {
+  try {
+    parseCommandLine(arguments);
+    return "accepted";
+  } catch (const UsageError& failure) {
+    return failure.what();
+  }
+}
+
+TEST(CommandLine, IsAnActionAndItsFiles) {
+  const CommandLine line = parseCommandLine({"srgb-jpg", "a.png", "b c.png"});
+  EXPECT_EQ(line.command, Command::convert);
+  EXPECT_EQ(line.action, "srgb-jpg");
+  EXPECT_FALSE(line.bundle);
+  EXPECT_THAT(line.files, ElementsAre("a.png", "b c.png"));
+  EXPECT_FALSE(line.filesFrom);
+  EXPECT_EQ(line.userInterface, UserInterfaceChoice::automatic);
+  EXPECT_FALSE(line.verbose);
+}
+
+TEST(CommandLine, LeavesItToTheRequestToMissTheFiles) {
+  EXPECT_THAT(parseCommandLine({"invert"}).files, IsEmpty());
+}
+
+TEST(CommandLine, IsABundleAndItsFiles) {
+  for (const auto& arguments : {std::vector<std::string>{"--bundle", "/b/invert", "list", "a.png"},
+                                std::vector<std::string>{"--bundle=/b/invert", "list", "a.png"},
+                                std::vector<std::string>{"list", "--bundle", "/b/invert", "a.png"}}) {
+    const CommandLine line = parseCommandLine(arguments);
+    EXPECT_EQ(line.command, Command::convert);
+    EXPECT_EQ(line.bundle, "/b/invert");
+    EXPECT_EQ(line.action, "");
+    EXPECT_THAT(line.files, ElementsAre("list", "a.png"));
+  }
+}
+
+TEST(CommandLine, TakesOptionsAnywhereBeforeTheDashes) {
+  const CommandLine line = parseCommandLine({"--verbose", "srgb", "a.png", "--ui=none", "--files-from", "-", "b.png"});
+  EXPECT_TRUE(line.verbose);
+  EXPECT_EQ(line.userInterface, UserInterfaceChoice::none);
+  EXPECT_EQ(line.filesFrom, "-");
+  EXPECT_THAT(line.files, ElementsAre("a.png", "b.png"));
+}
+
+TEST(CommandLine, TakesEveryWordAfterTheDashesAsAName) {
+  const CommandLine line = parseCommandLine({"srgb", "a.png", "--", "--verbose", "-x.png", "--", "--nonsense"});
+  EXPECT_FALSE(line.verbose);
+  EXPECT_THAT(line.files, ElementsAre("a.png", "--verbose", "-x.png", "--", "--nonsense"));
+}
+
+TEST(CommandLine, TakesTheActionAfterTheDashesToo) {
+  const CommandLine line = parseCommandLine({"--", "srgb", "-a.png"});
+  EXPECT_EQ(line.action, "srgb");
+  EXPECT_THAT(line.files, ElementsAre("-a.png"));
+}
+
+TEST(CommandLine, KeepsNamesThatLookLikeSomethingElse) {
+  const std::vector<std::string> names{"[a,b]", "{}", "%%", "a=b", "/x", "++", "-", "", "list", "a\nb", "\xFF.png"};
+  std::vector<std::string> arguments{"srgb"};
+  arguments.insert(arguments.end(), names.begin(), names.end());
+  EXPECT_EQ(parseCommandLine(arguments).files, names);
+}
+
+TEST(CommandLine, TellsAnEmptyValueFromAnOptionThatIsMissing) {
+  const CommandLine line = parseCommandLine({"--bundle", "", "--files-from", "", "a.png"});
+  EXPECT_EQ(line.bundle, "");
+  EXPECT_EQ(line.filesFrom, "");
+  EXPECT_THAT(line.files, ElementsAre("a.png"));
+}
+
+TEST(CommandLine, TakesTheLastOfAnOptionThatIsGivenTwice) {
+  EXPECT_EQ(parseCommandLine({"--bundle=/a", "--bundle=/b"}).bundle, "/b");
+}
+
+TEST(CommandLine, KnowsEachUserInterface) {
+  EXPECT_EQ(parseCommandLine({"--ui=auto", "srgb"}).userInterface, UserInterfaceChoice::automatic);
+  EXPECT_EQ(parseCommandLine({"--ui", "desktop", "srgb"}).userInterface, UserInterfaceChoice::desktop);
+  EXPECT_EQ(parseCommandLine({"--ui=terminal", "srgb"}).userInterface, UserInterfaceChoice::terminal);
+  EXPECT_EQ(parseCommandLine({"--ui=terminal", "--ui=none", "srgb"}).userInterface, UserInterfaceChoice::none);
+  EXPECT_THAT(refusal({"--ui=window", "srgb"}), HasSubstr("not “window”"));
+}
+
+TEST(CommandLine, KnowsTheCommandsThatConvertNothing) {
+  EXPECT_EQ(parseCommandLine({"list"}).command, Command::list);
+  EXPECT_EQ(parseCommandLine({"--help"}).command, Command::help);
+  EXPECT_EQ(parseCommandLine({"srgb", "--version", "a.png"}).command, Command::version);
+}
+
+TEST(CommandLine, RefusesWhatItDoesNotUnderstand) {
+  EXPECT_THAT(refusal({}), HasSubstr("Say which action"));
+  EXPECT_THAT(refusal({"srgb", "--nonsense", "a.png"}), HasSubstr("“--nonsense”"));
+  EXPECT_THAT(refusal({"srgb", "-x.png"}), HasSubstr("“-x.png”"));
+  EXPECT_THAT(refusal({"srgb", "--ui"}), HasSubstr("--ui"));
+  EXPECT_THAT(refusal({"list", "a.png"}), HasSubstr("no further words"));
+}
+
+TEST(CommandLine, SaysOfCommandsToComeThatTheyAreNotThereYet) {
+  for (const char* word : {"profiles", "formats", "integrate"}) {
+    EXPECT_THAT(refusal({word}), HasSubstr("does not have the command")) << word;
+  }
+  EXPECT_THAT(refusal({"integrate", "--remove"}), HasSubstr("does not have the command"));
+  EXPECT_THAT(refusal({"--profile", "Display P3", "convert-color-profile", "a.png"}), HasSubstr("profile conversion"));
+}
+
+TEST(CommandLine, AdvertisesOnlyWhatIsThere) {
+  const std::string help = helpText();
+  for (const char* word : {"--bundle", "--files-from", "--ui", "--verbose", "--version", "list"}) {
+    EXPECT_THAT(help, HasSubstr(word));
+  }
+  for (const char* word : {"--profile", "profiles", "formats", "integrate"}) EXPECT_THAT(help, Not(HasSubstr(word)));
+}
+
+}  // namespace
+}  // namespace ostra

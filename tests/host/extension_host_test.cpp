@@ -1,0 +1,181 @@
+#include "host/extension_host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include "host/stop_signals.h"
+#include "host/usage_error.h"
+#include "platform/appkit/renderer.h"
+#include "platform/dispatch/queue.h"
+#include "platform/dispatch/semaphore.h"
+#include "platform/extension/extension_item.h"
+#include "platform/foundation/service.h"
+#include "tests/support/temporary_folder.h"
+
+namespace ostra {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Loads every file in turn on a background thread, as a real handler does, and then ends the request on the main
+/// queue.
+class RecordingHandler : public NSExtensionRequestHandling {
+ public:
+  void beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> context) override {
+    begun_ = isMainThread();
+    globalQueue(QualityOfService::userInitiated).async([this, context] {
+      for (const auto& provider : providersOf(*context)) load(*provider);
+      mainQueue().async([this, context] { finish(*context); });
+    });
+  }
+
+  bool begunOnMainThread() const { return begun_; }
+
+  std::vector<std::string> loaded;
+  std::vector<std::string> failed;
+  std::function<void(const std::string& path)> whileInWork;
+  std::size_t items = 0;
+
+ private:
+  std::vector<std::shared_ptr<NSItemProvider>> providersOf(const NSExtensionContext& context) {
+    items = context.inputItems().size();
+    std::vector<std::shared_ptr<NSItemProvider>> providers;
+    for (const auto& item : context.inputItems()) {
+      const auto& attachments = dynamic_cast<const NSExtensionItem&>(*item).attachments();
+      providers.insert(providers.end(), attachments.begin(), attachments.end());
+    }
+    return providers;
+  }
+
+  void load(NSItemProvider& provider) {
+    const auto done = std::make_shared<DispatchSemaphore>(0);
+    provider.loadInPlaceFileRepresentationForTypeIdentifier(
+        "public.image", [this, done](const std::optional<URL>& url, bool, const std::exception_ptr& error) {
+          if (url && whileInWork) whileInWork(url->lastPathComponent());
+          if (url) loaded.push_back(url->lastPathComponent());
+          if (error) failed.push_back(localizedDescription(error));
+          done->signal();
+        });
+    done->wait();
+  }
+
+  void finish(NSExtensionContext& context) {
+    if (failed.empty()) return context.completeRequestReturningItems({}, nullptr);
+    NSAlert alert;
+    alert.messageText = "Could not convert every image";
+    alert.runModal();
+    context.cancelRequestWithError(NSError("org.example", 1));
+  }
+
+  bool begun_ = false;
+};
+
+class ExtensionHostTest : public testing::Test {
+ protected:
+  ExtensionHostTest() {
+    for (const char* name : {"a.png", "b.png", "c.png"}) {
+      test::writeFile(folder_.path(name), "bytes");
+      files_.push_back(folder_.path(name));
+    }
+  }
+
+  std::optional<RequestEnd> serve(ProgressDisplay progress = ProgressDisplay::hidden) {
+    return serveRequest(*handler_, files_, progress);
+  }
+
+  test::TemporaryFolder folder_;
+  std::vector<std::string> files_;
+  // A request that a signal left open keeps its threads for ever, and they keep the handler.
+  std::shared_ptr<RecordingHandler> handler_ = std::make_shared<RecordingHandler>();
+};
+
+TEST_F(ExtensionHostTest, HandsTheFilesOverAsOneSelectionInTheirOrder) {
+  const auto end = serve();
+  ASSERT_TRUE(end);
+  EXPECT_FALSE(end->error);
+  EXPECT_TRUE(handler_->begunOnMainThread());
+  EXPECT_EQ(handler_->items, 1u);
+  EXPECT_THAT(handler_->loaded, ElementsAre("a.png", "b.png", "c.png"));
+}
+
+TEST_F(ExtensionHostTest, LeavesItToTheHandlerToMissTheFiles) {
+  files_.clear();
+  EXPECT_TRUE(serve());
+  EXPECT_EQ(handler_->items, 1u);
+  EXPECT_THAT(handler_->loaded, testing::IsEmpty());
+}
+
+TEST_F(ExtensionHostTest, GivesBackTheErrorOfACancelledRequest) {
+  files_.insert(files_.begin() + 1, folder_.path("missing.png"));
+  testing::internal::CaptureStderr();
+  const auto end = serve();
+  testing::internal::GetCapturedStderr();
+  ASSERT_TRUE(end && end->error);
+  EXPECT_EQ(end->error->domain(), "org.example");
+  EXPECT_THAT(handler_->loaded, ElementsAre("a.png", "b.png", "c.png"));
+}
+
+TEST_F(ExtensionHostTest, EndsThePictureInWorkAfterASignalAndTouchesNoFurtherOne) {
+  const StopSignals signals;
+  static std::shared_ptr<RecordingHandler> keptForever = handler_;
+  handler_->whileInWork = [](const std::string& name) {
+    if (name != "b.png") return;
+    kill(getpid(), SIGTERM);
+    while (!StopSignals::received()) std::this_thread::yield();
+  };
+  EXPECT_FALSE(serve());
+  EXPECT_EQ(StopSignals::received(), SIGTERM);
+  EXPECT_THAT(handler_->loaded, ElementsAre("a.png", "b.png"));
+}
+
+TEST_F(ExtensionHostTest, ShowsProgressWhereItIsWatched) {
+  struct Watched : Renderer {
+    void activate() override {}
+    void beep() override {}
+    void run(const NSAlert&) override {}
+    SavePanelAnswer run(const NSSavePanel&) override { return {}; }
+    void progress(const Progress& progress) override { drawn.push_back(progress.name); }
+    std::vector<std::string> drawn;
+  } renderer;
+  const Service<Renderer>::Override override(renderer);
+  handler_->whileInWork = [](const std::string& name) {
+    if (name == "b.png") std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  };
+  serve(ProgressDisplay::hidden);
+  EXPECT_THAT(renderer.drawn, testing::IsEmpty());
+  serve(ProgressDisplay::shown);
+  EXPECT_THAT(renderer.drawn, ElementsAre("b.png", ""));
+}
+
+TEST(PrincipalObject, IsMadeByTheNameInTheBundle) {
+  const PrincipalClass classes[] = {{"Other", nullptr}, {"Recording", []() -> std::shared_ptr<NSExtensionRequestHandling> {
+                                                           return std::make_shared<RecordingHandler>();
+                                                         }}};
+  EXPECT_NE(dynamic_cast<RecordingHandler*>(makePrincipalObject("Recording", classes).get()), nullptr);
+  EXPECT_NE(makePrincipalObject("OstraQuickActionRequestHandler"), nullptr);
+}
+
+std::string refusal(const std::string& className) {
+  try {
+    makePrincipalObject(className);
+    return "made";
+  } catch (const UsageError& failure) {
+    return failure.what();
+  }
+}
+
+TEST(PrincipalObject, IsAUsageErrorWhereTheClassIsUnknownOrNotThereYet) {
+  EXPECT_THAT(refusal("OstraQuickActionProfileViewController"), HasSubstr("profile conversion yet"));
+  EXPECT_THAT(refusal("Nonsense"), HasSubstr("“Nonsense”"));
+  EXPECT_THAT(refusal(""), HasSubstr("no principal class"));
+}
+
+}  // namespace
+}  // namespace ostra

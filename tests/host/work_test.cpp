@@ -1,0 +1,106 @@
+#include "host/work.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "host/stop_signals.h"
+#include "platform/dispatch/main_loop.h"
+
+namespace ostra {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(StopSignals, RememberASignalInsteadOfEndingTheProcess) {
+  const StopSignals signals;
+  EXPECT_FALSE(StopSignals::received());
+  std::raise(SIGINT);
+  EXPECT_EQ(StopSignals::received(), SIGINT);
+  std::raise(SIGTERM);
+  EXPECT_EQ(StopSignals::received(), SIGTERM);
+}
+
+TEST(StopSignals, ForgetAtTheirEnd) {
+  {
+    const StopSignals signals;
+    std::raise(SIGINT);
+  }
+  EXPECT_FALSE(StopSignals::received());
+}
+
+TEST(StopSignals, LeaveASignalIgnoredThatTheParentHadIgnored) {
+  std::signal(SIGHUP, SIG_IGN);
+  {
+    const StopSignals signals;
+    std::raise(SIGHUP);
+    EXPECT_FALSE(StopSignals::received());
+  }
+  EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
+TEST(Work, TellsWhichItemIsInWork) {
+  std::vector<std::string> told;
+  Work work([&told](std::size_t index, const std::string& name) { told.push_back(std::to_string(index) + name); });
+  work.run(0, "a", [&told] { told.push_back("work"); });
+  work.run(1, "b", [] {});
+  EXPECT_THAT(told, ElementsAre("0a", "work", "1b"));
+}
+
+TEST(Work, BeginsNothingAfterASignalAndStopsTheMainLoop) {
+  const StopSignals signals;
+  Work work({});
+  std::raise(SIGTERM);
+  bool ran = false;
+  work.run(0, "a", [&ran] { ran = true; });
+  EXPECT_FALSE(ran);
+  MainLoop::run();  // returns
+}
+
+TEST(Work, EndsTheItemInWorkBeforeItStopsTheMainLoop) {
+  const StopSignals signals;
+  Work work({});
+  bool ended = false;
+  std::thread worker([&] {
+    work.run(0, "a", [&ended] {
+      std::raise(SIGINT);
+      std::this_thread::sleep_for(std::chrono::milliseconds(30));
+      ended = true;
+    });
+  });
+  MainLoop::run();
+  worker.join();
+  EXPECT_TRUE(ended);
+}
+
+// An item that was not to be had in place is asked for once more, from within the first answer.
+TEST(Work, CountsAnItemThatIsAskedForTwiceAsOneInWork) {
+  const StopSignals signals;
+  Work work({});
+  std::atomic<bool> secondBegun{false}, ended{false};
+  std::thread second;
+  std::thread first([&] {
+    work.run(0, "a", [&] {
+      second = std::thread([&] {
+        work.run(0, "a", [&] {
+          secondBegun = true;
+          std::this_thread::sleep_for(std::chrono::milliseconds(30));
+          ended = true;
+        });
+      });
+      while (!secondBegun) std::this_thread::yield();
+      std::raise(SIGINT);
+    });
+  });
+  MainLoop::run();
+  EXPECT_TRUE(ended);
+  first.join();
+  second.join();
+}
+
+}  // namespace
+}  // namespace ostra

@@ -12,8 +12,8 @@ using Engine = OstraQuickActionEngine;
 
 constexpr std::string_view fileURLType = "public.file-url";
 
-/// What one batch works on and what came of it. The lists are appended to by one callback at a time; the signal that
-/// ends each provider orders the appends before whatever the batch does next.
+/// What one batch works on and what came of it. The lists are appended to by one callback at a time; the
+/// signal that ends each provider orders the appends before whatever the batch does next.
 struct Batch {
   std::shared_ptr<const Engine> engine;
   Engine::Providers providers;
@@ -22,7 +22,8 @@ struct Batch {
   Engine::Failures failures;
 };
 
-/// One provider's turn. The callbacks share it, because the batch may go on before the last of them has returned.
+/// One provider's turn. The callbacks share it, because the batch may go on before the last of them has
+/// returned.
 struct Turn {
   std::shared_ptr<Batch> batch;
   std::shared_ptr<NSItemProvider> provider;
@@ -30,10 +31,13 @@ struct Turn {
   std::exception_ptr inPlaceError{};
 };
 
-void fail(const Turn& turn, std::exception_ptr failure) { turn.batch->failures.push_back(std::move(failure)); }
+void fail(const Turn& turn, std::exception_ptr failure) {
+  turn.batch->failures.push_back(std::move(failure));
+}
 
 /// The failure of a provider that gave no file: the first of the two errors that there is.
-void failWithoutFile(const Turn& turn, const std::exception_ptr& error, const std::exception_ptr& earlierError) {
+void failWithoutFile(const Turn& turn, const std::exception_ptr& error,
+                     const std::exception_ptr& earlierError) {
   const std::exception_ptr& known = error ? error : earlierError;
   fail(turn, std::make_exception_ptr(
                  OstraQuickActionError(turn.provider->suggestedName().value_or("item"),
@@ -81,7 +85,8 @@ void fileStep(const Turn& turn, const URL& url, bool isInPlace) {
   const Engine& engine = *turn.batch->engine;
   if (!isInPlace && !isJPEGKind(engine.kind())) {
     return fail(turn, std::make_exception_ptr(OstraQuickActionError(
-                          url.lastPathComponent(), "the file was provided as a copy and cannot be rewritten in place.")));
+                          url.lastPathComponent(),
+                          "the file was provided as a copy and cannot be rewritten in place.")));
   }
   const AccessScope access(url);
   try {
@@ -114,7 +119,8 @@ void inPlaceStep(const std::shared_ptr<Turn>& turn, const std::optional<URL>& ur
   SignalAtEnd signal(*turn);
   try {
     if (url) return fileStep(*turn, *url, isInPlace);
-    if (!turn->provider->hasItemConformingToTypeIdentifier(fileURLType)) return failWithoutFile(*turn, error, nullptr);
+    if (!turn->provider->hasItemConformingToTypeIdentifier(fileURLType))
+      return failWithoutFile(*turn, error, nullptr);
     turn->inPlaceError = error;
     turn->provider->loadItemForTypeIdentifier(
         fileURLType, [turn](const NSItemProvider::Item& item, const std::exception_ptr& itemError) {
@@ -135,7 +141,8 @@ std::string typeToLoad(const NSItemProvider& provider) {
   return UTType::image().identifier();
 }
 
-/// Asks one provider for its file, which is converted inside the provider's callback: the URL is valid only there.
+/// Asks one provider for its file, which is converted inside the provider's callback: the URL is valid only
+/// there.
 void takeTurn(const std::shared_ptr<Turn>& turn) {
   try {
     turn->provider->loadInPlaceFileRepresentationForTypeIdentifier(

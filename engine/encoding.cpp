@@ -10,8 +10,8 @@
 namespace ostra {
 namespace {
 
-/// What describes the pixels and the file that are being replaced. Top level only: what a group says about the camera's
-/// picture stays true.
+/// What describes the pixels and the file that are being replaced. Top level only: what a group says about
+/// the camera's picture stays true.
 constexpr std::array<std::string_view, 13> strippedPropertyKeys{
     kCGImagePropertyPixelWidth,
     kCGImagePropertyPixelHeight,
@@ -50,7 +50,8 @@ void setQuality(Dictionary& tree, std::string_view uti, double quality) {
   tree.insert_or_assign(std::string(kCGImageDestinationLossyCompressionQuality), Value(quality));
 }
 
-std::optional<Bytes> encodeImage(const CGImageRef& image, std::string_view uti, const Properties& properties) {
+std::optional<Bytes> encodeImage(const CGImageRef& image, std::string_view uti,
+                                 const Properties& properties) {
   Bytes data;
   const auto destination = CGImageDestination::createWithData(data, uti, 1);
   if (!destination) return std::nullopt;
@@ -70,7 +71,8 @@ Properties OstraQuickActionEngine::destinationProperties(CGImageSource& source, 
 }
 
 Bytes OstraQuickActionEngine::encodeWithRetry(const CGImageRef& image, const std::string& uti,
-                                              const Properties& properties, const std::string& fileName) const {
+                                              const Properties& properties,
+                                              const std::string& fileName) const {
   std::optional<Bytes> data = encodeImage(image, uti, properties);
   if (!data) {
     // A picture without its metadata is better than none. Nothing of the carrier comes along.

@@ -17,11 +17,11 @@ namespace ostra {
 /// The compression quality of every lossy file that the program writes.
 inline constexpr double kLossyQuality = 0.9;
 
-/// Converts the files of one request, one after another. A picture meets the operations below in the order in which
-/// they stand; each has a file of its own: batch, pipeline, transform, encoding, writing.
+/// Converts the files of one request, one after another. A picture meets the operations below in the order in
+/// which they stand; each has a file of its own: batch, pipeline, transform, encoding, writing.
 ///
-/// An engine holds nothing but three values, which nobody changes once a batch runs; it is then safe on any thread.
-/// Whatever one batch or one file needs lives in that call.
+/// An engine holds nothing but three values, which nobody changes once a batch runs; it is then safe on any
+/// thread. Whatever one batch or one file needs lives in that call.
 class OstraQuickActionEngine : public std::enable_shared_from_this<OstraQuickActionEngine> {
  public:
   /// Where and how the result of one file is written.
@@ -55,13 +55,13 @@ class OstraQuickActionEngine : public std::enable_shared_from_this<OstraQuickAct
   double lossyQuality() const { return lossyQuality_; }
   void setLossyQuality(double quality) { lossyQuality_ = quality; }
 
-  /// Starts a batch and returns. Every provider ends as one outcome or one failure, and no failure stops the batch.
-  /// The completion is called once, on the main queue, after the last provider. The engine must be owned by a
-  /// `shared_ptr`; the running batch keeps it alive.
+  /// Starts a batch and returns. Every provider ends as one outcome or one failure, and no failure stops the
+  /// batch. The completion is called once, on the main queue, after the last provider. The engine must be
+  /// owned by a `shared_ptr`; the running batch keeps it alive.
   void run(Providers providers, Completion completion) const;
 
-  /// Converts one file, to which access has been granted, and writes the result. Throws `OstraQuickActionError`.
-  /// Never on the main thread: a save panel may have to be shown there meanwhile.
+  /// Converts one file, to which access has been granted, and writes the result. Throws
+  /// `OstraQuickActionError`. Never on the main thread: a save panel may have to be shown there meanwhile.
   Outcome convertFile(const URL& url) const;
 
   /// Decides where and in which format to write, without a look at the disk. Throws `OstraQuickActionError`.
@@ -70,12 +70,12 @@ class OstraQuickActionEngine : public std::enable_shared_from_this<OstraQuickAct
   /// The converted picture. Without `keepAlpha` it is opaque, on white. Throws `OstraQuickActionError`.
   CGImageRef transformImage(const CGImageRef& image, bool keepAlpha, const std::string& fileName) const;
 
-  /// The source's metadata, less what describes its old pixels and its old file, and the encoder's options for an
-  /// output of type `uti`.
+  /// The source's metadata, less what describes its old pixels and its old file, and the encoder's options
+  /// for an output of type `uti`.
   Properties destinationProperties(CGImageSource& source, std::string_view uti) const;
 
-  /// The bytes of a file of type `uti`. An encoder that refuses the metadata is asked again without them. Throws
-  /// `OstraQuickActionError`.
+  /// The bytes of a file of type `uti`. An encoder that refuses the metadata is asked again without them.
+  /// Throws `OstraQuickActionError`.
   Bytes encodeWithRetry(const CGImageRef& image, const std::string& uti, const Properties& properties,
                         const std::string& fileName) const;
 

@@ -7,13 +7,9 @@
 namespace ostra {
 namespace {
 
+/// Only an RGB space has such a surface.
 constexpr SurfaceFormat narrowWithAlpha{.keepAlpha = true, .wide = false};
 constexpr SurfaceFormat narrowOpaque{.keepAlpha = false, .wide = false};
-
-/// A surface of four 8-bit components, or null where the sRGB space is not what its name says.
-std::unique_ptr<CGBitmapContext> makeSRGBSurface(const CGImage& image, const CGColorSpaceRef& sRGB) {
-  return sRGB->model() == CGColorSpaceModel::rgb ? makeSurface(image, sRGB, narrowWithAlpha) : nullptr;
-}
 
 /// Gray, alpha, gray, alpha: bytes with shared ownership, or none when they cannot be had.
 SharedBytes makeGrayAlphaBytes(std::size_t width, std::size_t height) {
@@ -51,7 +47,7 @@ SharedBytes drawGrayAlpha(const CGImage& image, const CGColorSpaceRef& graySpace
   const CGColorSpaceRef sRGB = requiredColorSpace(kCGColorSpaceSRGB);
   const auto gray = makeSurface(image, graySpace, narrowOpaque);
   if (!gray) return {};
-  const auto alpha = makeSRGBSurface(image, sRGB);
+  const auto alpha = makeSurface(image, sRGB, narrowWithAlpha);
   if (!alpha) return {};
   // Not filled first: over black every gray comes out multiplied by its alpha, as the result wants it.
   drawWhole(*gray, image);
@@ -85,17 +81,20 @@ void replaceByLuma(std::uint8_t* row, std::size_t width) {
 
 }  // namespace
 
-CGImageRef convertToGray(const CGImage& image, const CGColorSpaceRef& graySpace, const SurfaceFormat& format) {
-  return format.keepAlpha ? convertToTransparentGray(image, graySpace) : renderOnSurface(image, graySpace, format);
+CGImageRef convertToGray(const CGImage& image, const CGColorSpaceRef& graySpace,
+                         const SurfaceFormat& format) {
+  return format.keepAlpha ? convertToTransparentGray(image, graySpace)
+                          : renderOnSurface(image, graySpace, format);
 }
 
 CGImageRef grayFromLuma(const CGImage& image) {
-  auto surface = makeSRGBSurface(image, requiredColorSpace(kCGColorSpaceSRGB));
+  auto surface = makeSurface(image, requiredColorSpace(kCGColorSpaceSRGB), narrowWithAlpha);
   if (!surface) return nullptr;
   drawWhole(*surface, image);
   std::uint8_t* row = surface->data();
   if (row == nullptr) return nullptr;
-  for (std::size_t y = 0; y < image.height(); ++y, row += surface->bytesPerRow()) replaceByLuma(row, image.width());
+  for (std::size_t y = 0; y < image.height(); ++y, row += surface->bytesPerRow())
+    replaceByLuma(row, image.width());
   return CGBitmapContext::createImage(std::move(surface));
 }
 

@@ -16,8 +16,8 @@ void invertGrayRow(Word* row, std::size_t width) {
   for (std::size_t x = 0; x < width; ++x) row[x] = static_cast<Word>(maximum<Word> - row[x]);
 }
 
-/// Maximum minus value flips every bit, so a pixel is inverted as one word. The fourth component, which is skipped and
-/// stays, is the highest in little-endian memory.
+/// Maximum minus value flips every bit, so a pixel is inverted as one word. The fourth component, which is
+/// skipped and stays, is the highest in little-endian memory.
 template <class Word>
 void invertOpaqueRow(Word* row, std::size_t width) {
   using Pixel = std::conditional_t<sizeof(Word) == 1, std::uint32_t, std::uint64_t>;
@@ -30,8 +30,8 @@ void invertOpaqueRow(Word* row, std::size_t width) {
   }
 }
 
-/// In premultiplied colour the inverse of a component is what is missing to its alpha; a component above its alpha,
-/// which no valid pixel has, becomes 0.
+/// In premultiplied colour the inverse of a component is what is missing to its alpha; a component above its
+/// alpha, which no valid pixel has, becomes 0.
 template <class Word>
 void invertTransparentRow(Word* row, std::size_t width) {
   for (Word* pixel = row; pixel != row + 4 * width; pixel += 4) {

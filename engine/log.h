@@ -7,7 +7,8 @@
 
 namespace ostra {
 
-/// The engine's log has three kinds of lines, and these are they. A line is put together only when its level is on.
+/// The engine's log has three kinds of lines, and these are they. A line is put together only when its level
+/// is on.
 
 /// A file was written: at `info`.
 void logWritten(OstraQuickActionKind kind, const std::string& destinationName, bool inPlace);

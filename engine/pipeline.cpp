@@ -32,8 +32,10 @@ bool hasAlpha(CGImageAlphaInfo alpha) {
   switch (alpha) {
     case CGImageAlphaInfo::none:
     case CGImageAlphaInfo::noneSkipLast:
-    case CGImageAlphaInfo::noneSkipFirst: return false;
-    default: return true;
+    case CGImageAlphaInfo::noneSkipFirst:
+      return false;
+    default:
+      return true;
   }
 }
 
@@ -60,7 +62,8 @@ OstraQuickActionEngine::Outcome OstraQuickActionEngine::convertFile(const URL& u
 
   CGImageRef image = opened.source->createImageAtIndex(0, {.kCGImageSourceShouldCacheImmediately = true});
   if (!image) throw OstraQuickActionError(fileName, "the image could not be decoded.");
-  // Compared as a string, unlike the source's type in the plan: only the plain JPEG type is written without alpha.
+  // Compared as a string, unlike the source's type in the plan: only the plain JPEG type is written without
+  // alpha.
   const bool keepAlpha = plan.uti != UTType::jpeg().identifier() && hasAlpha(image->alphaInfo());
   image = transformImage(image, keepAlpha, fileName);
 
@@ -77,8 +80,8 @@ OstraQuickActionEngine::Plan OstraQuickActionEngine::makePlan(const URL& url, co
                                                               std::int64_t frameCount) const {
   const bool wantsJPEG = isJPEGKind(kind());
   const UTType siblingType = wantsJPEG ? UTType::jpeg() : UTType::png();
-  // Two tests that differ on purpose: every kind of JPEG can take a plain JPEG in its place, while a format is
-  // written only under exactly the name that the platform writes.
+  // Two tests that differ on purpose: every kind of JPEG can take a plain JPEG in its place, while a format
+  // is written only under exactly the name that the platform writes.
   const bool inPlace = wantsJPEG ? isJPEG(sourceType) : writableTypeIdentifiers().count(sourceType) > 0;
   if (!inPlace) return {sibling(url, wantsJPEG ? "jpg" : "png"), siblingType.identifier(), false};
   if (frameCount >= 2) {

@@ -3,8 +3,8 @@
 
 namespace ostra {
 
-/// Tells the coordinator of one write that the file about to be written belongs to the file that the user selected.
-/// Lives as long as that coordinator and is registered nowhere.
+/// Tells the coordinator of one write that the file about to be written belongs to the file that the user
+/// selected. Lives as long as that coordinator and is registered nowhere.
 class OstraRelatedItemPresenter : public NSFilePresenter {
  public:
   OstraRelatedItemPresenter(URL primaryURL, URL relatedURL);

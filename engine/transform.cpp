@@ -12,11 +12,15 @@ bool isOpaque(const CGImage& image) {
          alpha == CGImageAlphaInfo::noneSkipFirst;
 }
 
-CGImageRef convertToProfile(const CGImage& image, const CGColorSpaceRef& target, const SurfaceFormat& format) {
+CGImageRef convertToProfile(const CGImage& image, const CGColorSpaceRef& target,
+                            const SurfaceFormat& format) {
   switch (target->model()) {
-    case CGColorSpaceModel::rgb: return renderOnSurface(image, target, format);
-    case CGColorSpaceModel::monochrome: return convertToGray(image, target, format);
-    default: return nullptr;
+    case CGColorSpaceModel::rgb:
+      return renderOnSurface(image, target, format);
+    case CGColorSpaceModel::monochrome:
+      return convertToGray(image, target, format);
+    default:
+      return nullptr;
   }
 }
 
@@ -36,26 +40,34 @@ std::string failureReason(OstraQuickActionKind kind) {
     case OstraQuickActionKind::convertColorProfile:
       return "could not convert to the chosen profile (only RGB and gray profiles are supported).";
     case OstraQuickActionKind::grayscale:
-    case OstraQuickActionKind::grayscaleJPEG: return "could not convert to grayscale.";
+    case OstraQuickActionKind::grayscaleJPEG:
+      return "could not convert to grayscale.";
     case OstraQuickActionKind::sRGB:
-    case OstraQuickActionKind::sRGBJPEG: return "could not convert to sRGB.";
-    case OstraQuickActionKind::jpeg: return "could not flatten the image.";
-    case OstraQuickActionKind::invert: return "could not invert the image.";
+    case OstraQuickActionKind::sRGBJPEG:
+      return "could not convert to sRGB.";
+    case OstraQuickActionKind::jpeg:
+      return "could not flatten the image.";
+    case OstraQuickActionKind::invert:
+      return "could not invert the image.";
   }
   return {};
 }
 
-CGImageRef transform(const OstraQuickActionEngine& engine, const CGImageRef& image, const SurfaceFormat& format) {
+CGImageRef transform(const OstraQuickActionEngine& engine, const CGImageRef& image,
+                     const SurfaceFormat& format) {
   switch (engine.kind()) {
-    case OstraQuickActionKind::convertColorProfile: return convertToProfile(*image, engine.targetColorSpace(), format);
+    case OstraQuickActionKind::convertColorProfile:
+      return convertToProfile(*image, engine.targetColorSpace(), format);
     case OstraQuickActionKind::grayscale:
     case OstraQuickActionKind::grayscaleJPEG:
       return convertToGray(*image, requiredColorSpace(kCGColorSpaceGenericGrayGamma2_2), format);
     case OstraQuickActionKind::sRGB:
     case OstraQuickActionKind::sRGBJPEG:
       return renderOnSurface(*image, requiredColorSpace(kCGColorSpaceSRGB), format);
-    case OstraQuickActionKind::jpeg: return flatten(image, format.wide);
-    case OstraQuickActionKind::invert: return invertImage(*image, format);
+    case OstraQuickActionKind::jpeg:
+      return flatten(image, format.wide);
+    case OstraQuickActionKind::invert:
+      return invertImage(*image, format);
   }
   return nullptr;
 }

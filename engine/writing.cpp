@@ -12,7 +12,8 @@
 namespace ostra {
 namespace {
 
-/// Runs `write` under coordination. What failed is given back: the coordinator's own error before that of `write`.
+/// Runs `write` under coordination. What failed is given back: the coordinator's own error before that of
+/// `write`.
 std::exception_ptr coordinateWriting(std::shared_ptr<NSFilePresenter> presenter, const URL& url,
                                      const std::function<void(const URL& target)>& write) {
   std::exception_ptr failure;
@@ -28,11 +29,12 @@ std::exception_ptr coordinateWriting(std::shared_ptr<NSFilePresenter> presenter,
   return coordinationError ? std::make_exception_ptr(*coordinationError) : failure;
 }
 
-/// On failure the folder and what it holds stay: a finished picture that could not be put in place is not thrown away.
+/// On failure the folder and what it holds stay: a finished picture that could not be put in place is not
+/// thrown away.
 void replaceThroughTemporaryCopy(const URL& target, ByteView data) {
   NSFileManager& files = NSFileManager::defaultManager();
-  const URL folder = files.URLForDirectory(NSSearchPathDirectory::itemReplacement, NSSearchPathDomainMask::user,
-                                           target, true);
+  const URL folder = files.URLForDirectory(NSSearchPathDirectory::itemReplacement,
+                                           NSSearchPathDomainMask::user, target, true);
   const URL copy = folder.appendingPathComponent(target.lastPathComponent());
   writeToURL(data, copy);
   files.replaceItemAtURL(target, copy, std::nullopt, NSFileManagerItemReplacementOptions::none);
@@ -68,7 +70,8 @@ bool isRefusal(const NSError& error) {
   return error.domain() == NSPOSIXErrorDomain && (code == operationNotPermitted || code == permissionDenied);
 }
 
-OstraQuickActionError couldNotWrite(const URL& url, const std::string& fileName, const std::exception_ptr& failure) {
+OstraQuickActionError couldNotWrite(const URL& url, const std::string& fileName,
+                                    const std::exception_ptr& failure) {
   return {fileName, "could not write " + url.lastPathComponent() + ": " + localizedDescription(failure)};
 }
 
@@ -99,8 +102,8 @@ void saveWithPanel(ByteView data, const OstraQuickActionEngine::Plan& plan, cons
 }
 
 /// The refusal of a write beside the source, or nothing when it was written. Throws for every other failure.
-std::optional<NSError> refusalOfSibling(const OstraQuickActionEngine::Plan& plan, const URL& sourceURL, ByteView data,
-                                        const std::string& fileName) {
+std::optional<NSError> refusalOfSibling(const OstraQuickActionEngine::Plan& plan, const URL& sourceURL,
+                                        ByteView data, const std::string& fileName) {
   try {
     writeSibling(plan.destination, sourceURL, data);
     return std::nullopt;

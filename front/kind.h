@@ -27,11 +27,12 @@ std::optional<OstraQuickActionKind> kindWithRawValue(std::string_view rawValue);
 
 /// The kinds whose result is always a JPEG file. They never need to rewrite the selected file.
 bool isJPEGKind(OstraQuickActionKind kind);
-/// The kinds whose result has the format of the selected file, and takes its place, where that can be written.
+/// The kinds whose result has the format of the selected file, and takes its place, where that can be
+/// written.
 bool isFormatKeepingKind(OstraQuickActionKind kind);
 
-/// The kind that the main bundle names under NIVEQuickAction, white space around it ignored; nothing when it names
-/// none that exists.
+/// The kind that the main bundle names under NIVEQuickAction, white space around it ignored; nothing when it
+/// names none that exists.
 std::optional<OstraQuickActionKind> configuredKind();
 
 /// The title of a kind in a bundle that has no display name.

@@ -3,8 +3,8 @@
 
 namespace ostra {
 
-/// Runs `work` on the main thread and returns when it has run: at once there, through the main queue from any other
-/// thread. What it throws is thrown to the caller.
+/// Runs `work` on the main thread and returns when it has run: at once there, through the main queue from any
+/// other thread. What it throws is thrown to the caller.
 void runOnMainThread(const std::function<void()>& work);
 
 }  // namespace ostra

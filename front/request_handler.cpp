@@ -19,7 +19,8 @@ std::vector<std::shared_ptr<NSExtensionItem>> extensionItems(const NSExtensionCo
 
 }  // namespace
 
-void OstraQuickActionRequestHandler::beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> context) {
+void OstraQuickActionRequestHandler::beginRequestWithExtensionContext(
+    std::shared_ptr<NSExtensionContext> context) {
   const std::optional<OstraQuickActionKind> kind = configuredKind();
   // The profile conversion has a principal object of its own, which asks for the profile first.
   if (!kind || *kind == OstraQuickActionKind::convertColorProfile) {

@@ -7,8 +7,8 @@
 
 namespace ostra {
 
-/// The principal object of every bundle whose conversion needs no user interface. It reads which conversion the
-/// bundle performs, starts the engine on the selected files and ends the request when the engine is done.
+/// The principal object of every bundle whose conversion needs no user interface. It reads which conversion
+/// the bundle performs, starts the engine on the selected files and ends the request when the engine is done.
 class OstraQuickActionRequestHandler : public NSExtensionRequestHandling {
  public:
   void beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> context) override;

@@ -23,7 +23,8 @@ std::string textAt(const Dictionary& dictionary, std::string_view key) {
 std::vector<std::string> foldersIn(const std::string& folder) {
   std::error_code ignored;
   std::vector<std::string> folders;
-  for (fs::directory_iterator entry(folder, ignored); entry != fs::directory_iterator(); entry.increment(ignored)) {
+  for (fs::directory_iterator entry(folder, ignored); entry != fs::directory_iterator();
+       entry.increment(ignored)) {
     if (entry->is_directory(ignored)) folders.push_back(entry->path().string());
   }
   std::sort(folders.begin(), folders.end());
@@ -32,7 +33,9 @@ std::vector<std::string> foldersIn(const std::string& folder) {
 
 }  // namespace
 
-std::string Bundle::action() const { return std::string(trimWhitespaceAndNewlines(textAt(info, "NIVEQuickAction"))); }
+std::string Bundle::action() const {
+  return std::string(trimWhitespaceAndNewlines(textAt(info, "NIVEQuickAction")));
+}
 
 std::string Bundle::displayName() const { return textAt(info, "CFBundleDisplayName"); }
 

@@ -26,8 +26,8 @@ void addText(CLI::App& app, const char* name, std::optional<std::string>& text) 
   app.add_option_function<std::string>(name, [&text](const std::string& given) { text = given; });
 }
 
-// The library takes words apart that look like its lists or options, so it is shown no word behind `--` and gives
-// back all others as it found them.
+// The library takes words apart that look like its lists or options, so it is shown no word behind `--` and
+// gives back all others as it found them.
 Parsed parseOptions(const Words& arguments) {
   Parsed parsed;
   CLI::App app;
@@ -70,7 +70,8 @@ UserInterfaceChoice userInterfaceNamed(const std::string& name) {
                                                                   {"terminal", UserInterfaceChoice::terminal},
                                                                   {"none", UserInterfaceChoice::none}};
   const auto found = choices.find(name);
-  if (found == choices.end()) throw UsageError("--ui is auto, desktop, terminal or none, not “" + name + "”.");
+  if (found == choices.end())
+    throw UsageError("--ui is auto, desktop, terminal or none, not “" + name + "”.");
   return found->second;
 }
 

@@ -48,7 +48,8 @@ int performAction(const CommandLine& line) {
   // The log's lines and a bar that draws over itself do not share a terminal.
   const bool watched = display == Display::terminal && !line.verbose;
   const StopSignals stopSignals;
-  const auto end = serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden);
+  const auto end =
+      serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden);
   const auto signal = StopSignals::received();
   if (end && !signal) tell(*end);
   if (!signal) cleanUpAfterFormerRuns(files);

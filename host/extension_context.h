@@ -16,7 +16,8 @@ class HostExtensionContext : public NSExtensionContext {
   explicit HostExtensionContext(InputItems inputItems) : inputItems_(std::move(inputItems)) {}
 
   InputItems inputItems() const override { return inputItems_; }
-  void completeRequestReturningItems(const InputItems& items, std::function<void(bool)> completionHandler) override;
+  void completeRequestReturningItems(const InputItems& items,
+                                     std::function<void(bool)> completionHandler) override;
   void cancelRequestWithError(const NSError& error) override;
 
   /// Nothing while the request goes on.

@@ -23,7 +23,8 @@ constexpr std::array kPrincipalClasses{
 };
 
 /// One selection is one item with an attachment for each file.
-NSExtensionContext::InputItems inputItems(const std::vector<std::string>& files, const std::shared_ptr<Work>& work) {
+NSExtensionContext::InputItems inputItems(const std::vector<std::string>& files,
+                                          const std::shared_ptr<Work>& work) {
   std::vector<std::shared_ptr<NSItemProvider>> providers;
   for (const std::string& file : files) {
     providers.push_back(std::make_shared<FileItemProvider>(file, providers.size(), work));
@@ -45,8 +46,8 @@ std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(const std::strin
   throw UsageError("The bundle names no principal class that this program has (“" + className + "”).");
 }
 
-std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal, const std::vector<std::string>& files,
-                                       ProgressDisplay progress) {
+std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
+                                       const std::vector<std::string>& files, ProgressDisplay progress) {
   std::optional<ProgressReporter> reporter;
   if (progress == ProgressDisplay::shown) reporter.emplace(files.size());
   const auto work = std::make_shared<Work>(reporter ? reporter->itemBegan() : nullptr);

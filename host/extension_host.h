@@ -27,9 +27,9 @@ std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(
 /// Whether somebody watches how far the request is.
 enum class ProgressDisplay { shown, hidden };
 
-/// Hands the files to the object as one selection and turns the main loop until the request has ended; nothing when
-/// a signal ended the work first, and the request stays open. Main thread.
-std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal, const std::vector<std::string>& files,
-                                       ProgressDisplay progress);
+/// Hands the files to the object as one selection and turns the main loop until the request has ended;
+/// nothing when a signal ended the work first, and the request stays open. Main thread.
+std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
+                                       const std::vector<std::string>& files, ProgressDisplay progress);
 
 }  // namespace ostra

@@ -40,14 +40,17 @@ bool FileItemProvider::hasItemConformingToTypeIdentifier(std::string_view typeId
 void FileItemProvider::loadInPlaceFileRepresentationForTypeIdentifier(std::string_view typeIdentifier,
                                                                       InPlaceHandler completionHandler) {
   load(serves(contentType(url_), typeIdentifier),
-       [handler = std::move(completionHandler)](const std::optional<URL>& url, const std::exception_ptr& error) {
+       [handler = std::move(completionHandler)](const std::optional<URL>& url,
+                                                const std::exception_ptr& error) {
          handler(url, url.has_value(), error);
        });
 }
 
-void FileItemProvider::loadItemForTypeIdentifier(std::string_view typeIdentifier, ItemHandler completionHandler) {
+void FileItemProvider::loadItemForTypeIdentifier(std::string_view typeIdentifier,
+                                                 ItemHandler completionHandler) {
   load(serves(UTType::fileURL(), typeIdentifier),
-       [handler = std::move(completionHandler)](const std::optional<URL>& url, const std::exception_ptr& error) {
+       [handler = std::move(completionHandler)](const std::optional<URL>& url,
+                                                const std::exception_ptr& error) {
          handler(url ? Item(*url) : Item(), error);
        });
 }

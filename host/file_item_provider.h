@@ -7,13 +7,13 @@
 
 namespace ostra {
 
-/// A file of the command line as an item. Its content type is that of its name's extension, which is what a selected
-/// file registers; what it really is shows when it is read. It is always the file itself, never a copy, and its URL
-/// carries the version that was found. A path that cannot be used is an error with the reason, and from then on no
-/// file URL either, so that it is the reason that the user reads.
+/// A file of the command line as an item. Its content type is that of its name's extension, which is what a
+/// selected file registers; what it really is shows when it is read. It is always the file itself, never a
+/// copy, and its URL carries the version that was found. A path that cannot be used is an error with the
+/// reason, and from then on no file URL either, so that it is the reason that the user reads.
 ///
-/// Made with `std::make_shared`. Its handlers run on a background thread; after a signal asked to stop, none is
-/// called any more.
+/// Made with `std::make_shared`. Its handlers run on a background thread; after a signal asked to stop, none
+/// is called any more.
 class FileItemProvider : public NSItemProvider, public std::enable_shared_from_this<FileItemProvider> {
  public:
   /// `index` counts the items of the request from 0.

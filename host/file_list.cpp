@@ -1,11 +1,11 @@
 #include "host/file_list.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <string_view>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "host/usage_error.h"
 #include "platform/foundation/error.h"

@@ -1,10 +1,10 @@
 #include "host/housekeeping.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <ctime>
 #include <set>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include "host/picture_file.h"
 #include "platform/foundation/replacement_directory.h"
@@ -16,13 +16,15 @@ namespace {
 
 constexpr time_t kDay = 24 * 60 * 60;
 
-/// Whether a day has passed since the last clean-up; if so, this is the new one. The time is that of an empty file.
+/// Whether a day has passed since the last clean-up; if so, this is the new one. The time is that of an empty
+/// file.
 bool takeTodaysTurn(const std::string& folder) {
   const std::string stamp = folder + "/cleaned-up";
   struct stat status {};
   const time_t now = time(nullptr);
   // A stamp from the future is a clock that was wrong, not a reason to wait for it.
-  if (stat(stamp.c_str(), &status) == 0 && status.st_mtim.tv_sec <= now && now - status.st_mtim.tv_sec < kDay) {
+  if (stat(stamp.c_str(), &status) == 0 && status.st_mtim.tv_sec <= now &&
+      now - status.st_mtim.tv_sec < kDay) {
     return false;
   }
   if (!makeFolders(folder)) return false;

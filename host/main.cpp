@@ -13,10 +13,14 @@ namespace {
 int perform(const ostra::CommandLine& line) {
   using namespace ostra;
   switch (line.command) {
-    case CommandLine::Command::help: return print(helpText());
-    case CommandLine::Command::version: return print(versionText());
-    case CommandLine::Command::list: return print(bundleList(bundlesIn(bundlesFolder())));
-    case CommandLine::Command::convert: return performAction(line);
+    case CommandLine::Command::help:
+      return print(helpText());
+    case CommandLine::Command::version:
+      return print(versionText());
+    case CommandLine::Command::list:
+      return print(bundleList(bundlesIn(bundlesFolder())));
+    case CommandLine::Command::convert:
+      return performAction(line);
   }
   return kUsageStatus;
 }

@@ -8,7 +8,9 @@
 
 namespace ostra {
 
-void say(std::string_view sentence) { std::fputs(printable("ostra: " + std::string(sentence) + "\n").c_str(), stderr); }
+void say(std::string_view sentence) {
+  std::fputs(printable("ostra: " + std::string(sentence) + "\n").c_str(), stderr);
+}
 
 int print(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stdout);

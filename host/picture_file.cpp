@@ -1,12 +1,12 @@
 #include "host/picture_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/foundation/file_version.h"
 #include "platform/foundation/unique_fd.h"
@@ -16,8 +16,9 @@ namespace {
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
   const std::string sentence = "“" + URL::fileURLWithPath(path).lastPathComponent() + "” " + reason;
-  throw NSError(NSCocoaErrorDomain, NSFileReadUnknownError,
-                {{std::string(NSLocalizedDescriptionKey), sentence}, {std::string(NSFilePathErrorKey), path}});
+  throw NSError(
+      NSCocoaErrorDomain, NSFileReadUnknownError,
+      {{std::string(NSLocalizedDescriptionKey), sentence}, {std::string(NSFilePathErrorKey), path}});
 }
 
 bool isLink(const std::string& path) {

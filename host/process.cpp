@@ -1,9 +1,9 @@
 #include "host/process.h"
 
+#include <csignal>
+
 #include <fcntl.h>
 #include <unistd.h>
-
-#include <csignal>
 
 namespace ostra {
 namespace {
@@ -16,7 +16,8 @@ void openMissingStandardStreams() {
   }
 }
 
-/// A closed pipe and a full quota are errors of the call, not the end of a program that holds a half-written file.
+/// A closed pipe and a full quota are errors of the call, not the end of a program that holds a half-written
+/// file.
 void ignoreWriteSignals() {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);

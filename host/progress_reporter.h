@@ -6,9 +6,9 @@
 
 namespace ostra {
 
-/// Shows how far a request is: soon when there are several items, after a second when there is one. What is shown is
-/// brought up to date ten times a second at most, however fast the items go by. Made and ended on the main thread;
-/// its end takes the display away.
+/// Shows how far a request is: soon when there are several items, after a second when there is one. What is
+/// shown is brought up to date ten times a second at most, however fast the items go by. Made and ended on
+/// the main thread; its end takes the display away.
 class ProgressReporter {
  public:
   explicit ProgressReporter(std::size_t total);
@@ -16,7 +16,8 @@ class ProgressReporter {
   ProgressReporter(const ProgressReporter&) = delete;
   ProgressReporter& operator=(const ProgressReporter&) = delete;
 
-  /// To be told that the item of an index, counted from 0, is in work now. Any thread, also after the reporter's end.
+  /// To be told that the item of an index, counted from 0, is in work now. Any thread, also after the
+  /// reporter's end.
   std::function<void(std::size_t index, const std::string& name)> itemBegan() const;
 
  private:

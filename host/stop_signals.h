@@ -5,9 +5,9 @@
 
 namespace ostra {
 
-/// While it lives, an interrupt, a request to terminate or a hang-up ends nothing by itself: it is remembered, and
-/// whoever starts the next picture looks. Signals that the parent had ignored stay ignored. A system call of the
-/// main thread (a question to the user) is interrupted. One at a time.
+/// While it lives, an interrupt, a request to terminate or a hang-up ends nothing by itself: it is
+/// remembered, and whoever starts the next picture looks. Signals that the parent had ignored stay ignored. A
+/// system call of the main thread (a question to the user) is interrupted. One at a time.
 class StopSignals {
  public:
   StopSignals();

@@ -1,8 +1,8 @@
 #include "host/user_interface.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
+
+#include <unistd.h>
 
 #include "host/stop_signals.h"
 #include "platform/appkit/terminal/terminal_renderer.h"
@@ -48,10 +48,14 @@ Surroundings Surroundings::current() {
 
 Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundings) {
   switch (choice) {
-    case UserInterfaceChoice::desktop: return Display::windows;
-    case UserInterfaceChoice::terminal: return Display::terminal;
-    case UserInterfaceChoice::none: return Display::lines;
-    case UserInterfaceChoice::automatic: break;
+    case UserInterfaceChoice::desktop:
+      return Display::windows;
+    case UserInterfaceChoice::terminal:
+      return Display::terminal;
+    case UserInterfaceChoice::none:
+      return Display::lines;
+    case UserInterfaceChoice::automatic:
+      break;
   }
   if (surroundings.inputIsTerminal && surroundings.errorsAreTerminal) return Display::terminal;
   return surroundings.hasDisplay ? Display::windows : Display::lines;

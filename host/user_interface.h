@@ -20,11 +20,13 @@ struct Surroundings {
 
 enum class Display { windows, terminal, lines };
 
-/// Where failures are shown and questions are put: as asked, or, left open, on a terminal before windows before lines.
+/// Where failures are shown and questions are put: as asked, or, left open, on a terminal before windows
+/// before lines.
 Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundings);
 
-/// The user interface of the process for a scope: its renderer and, where somebody can be shown something, the
-/// application. Windows have no renderer yet and are lines. After a signal asked to stop it shows and asks nothing.
+/// The user interface of the process for a scope: its renderer and, where somebody can be shown something,
+/// the application. Windows have no renderer yet and are lines. After a signal asked to stop it shows and
+/// asks nothing.
 class UserInterface {
  public:
   explicit UserInterface(Display display);

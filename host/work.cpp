@@ -14,16 +14,20 @@ void Work::run(std::size_t index, const std::string& name, const std::function<v
 
 bool Work::begin() {
   const std::lock_guard lock(mutex_);
-  const bool goesOn = !StopSignals::received();
-  if (goesOn) ++inWork_;
-  if (inWork_ == 0) MainLoop::stop();
-  return goesOn;
+  stopIfAsked();
+  if (!stopped_) ++inWork_;
+  return !stopped_;
 }
 
 void Work::end() {
   const std::lock_guard lock(mutex_);
   --inWork_;
-  if (inWork_ == 0 && StopSignals::received()) MainLoop::stop();
+  stopIfAsked();
+}
+
+void Work::stopIfAsked() {
+  if (StopSignals::received()) stopped_ = true;
+  if (stopped_ && inWork_ == 0) MainLoop::stop();
 }
 
 }  // namespace ostra

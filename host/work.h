@@ -6,9 +6,9 @@
 
 namespace ostra {
 
-/// Watches over the work on the items of one request: tells which one is in work, and starts no further one once a
-/// signal asked to stop. Then the item in work ends whole, the main loop stops, and the request stays unfinished.
-/// Any thread.
+/// Watches over the work on the items of one request: tells which one is in work, and starts no further one
+/// once a signal asked to stop. Then the item in work ends whole, the main loop stops, and the request stays
+/// unfinished. Any thread.
 class Work {
  public:
   using ItemBegan = std::function<void(std::size_t index, const std::string& name)>;
@@ -22,11 +22,14 @@ class Work {
  private:
   bool begin();
   void end();
+  void stopIfAsked();
 
   const ItemBegan itemBegan_;
   std::mutex mutex_;
   // An item that is asked for again, from within the answer to the first asking, is in work twice.
   int inWork_ = 0;
+  // For good: the process may be on its way out when the next item is asked for.
+  bool stopped_ = false;
 };
 
 }  // namespace ostra

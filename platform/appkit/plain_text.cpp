@@ -1,9 +1,9 @@
 #include "platform/appkit/plain_text.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <sstream>
+
+#include <unistd.h>
 
 #include "platform/log/printable.h"
 

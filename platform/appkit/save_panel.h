@@ -15,7 +15,14 @@ inline constexpr NSModalResponse NSModalResponseCancel = 0;
 /// Asks where to save a file. Main thread.
 class NSSavePanel {
  public:
-  enum class Setting { title, message, nameFieldStringValue, directoryURL, allowedContentTypes, canCreateDirectories };
+  enum class Setting {
+    title,
+    message,
+    nameFieldStringValue,
+    directoryURL,
+    allowedContentTypes,
+    canCreateDirectories
+  };
 
   void setTitle(std::string title);
   void setMessage(std::string message);

@@ -11,17 +11,19 @@
 namespace ostra {
 namespace {
 
-// Blocks may wait for one another (a batch waits for the provider that converts for it), so the bound is far above
-// the number of processors; threads are made only when nobody is free.
+// Blocks may wait for one another (a batch waits for the provider that converts for it), so the bound is far
+// above the number of processors; threads are made only when nobody is free.
 constexpr std::size_t kMostThreads = 64;
 
-/// Keeps signals on the main thread: a system call of a worker is never cut short by one. Faults stay deliverable.
+/// Keeps signals on the main thread: a system call of a worker is never cut short by one. Faults stay
+/// deliverable.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
     sigset_t all;
     sigfillset(&all);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) sigdelset(&all, fault);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
+      sigdelset(&all, fault);
     pthread_sigmask(SIG_BLOCK, &all, &before_);
   }
   ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
@@ -32,8 +34,8 @@ class SignalsBlocked {
   sigset_t before_;
 };
 
-/// Background threads, made on demand and kept. They are detached, and the pool is never destroyed: a block that
-/// waits for something that will not come must not hold up the end of the process.
+/// Background threads, made on demand and kept. They are detached, and the pool is never destroyed: a block
+/// that waits for something that will not come must not hold up the end of the process.
 class GlobalQueue : public DispatchQueue {
  public:
   void async(std::function<void()> block) override {

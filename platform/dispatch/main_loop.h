@@ -9,8 +9,8 @@ class MainLoop {
   static void run();
   /// Lets `run` return after the block in work; callable from any thread.
   static void stop();
-  /// Runs what is queued and returns; for another loop that watches `descriptor`. Not re-entrant: from inside a
-  /// block it does nothing.
+  /// Runs what is queued and returns; for another loop that watches `descriptor`. Not re-entrant: from inside
+  /// a block it does nothing.
   static void drain();
   /// An event descriptor, readable when something is queued.
   static int descriptor();

@@ -1,11 +1,11 @@
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <deque>
 #include <mutex>
 #include <system_error>
 #include <utility>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include "platform/dispatch/main_loop.h"
 #include "platform/dispatch/queue.h"
@@ -14,8 +14,8 @@
 namespace ostra {
 namespace {
 
-/// The blocks that wait for the main thread. The event descriptor only wakes whoever waits; what there is to do
-/// stands behind the mutex.
+/// The blocks that wait for the main thread. The event descriptor only wakes whoever waits; what there is to
+/// do stands behind the mutex.
 class MainQueue : public DispatchQueue {
  public:
   MainQueue() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -53,7 +53,8 @@ class MainQueue : public DispatchQueue {
 
   void drain() {
     lower();  // in the middle of a block too, where nothing may run: else a modal loop would spin on it
-    // Only what is there now: a block that always queues its successor must not keep another loop's turn for ever.
+    // Only what is there now: a block that always queues its successor must not keep another loop's turn for
+    // ever.
     for (std::size_t left = waiting(); left > 0; --left) {
       if (!runOne()) break;
     }

@@ -18,19 +18,19 @@ enum class CGInterpolationQuality { standard = 0, none = 1, low = 2, high = 3, m
 
 /// A drawing surface in memory. Fresh memory is zero: black, or fully transparent. One owner, one thread.
 ///
-/// Formats: gray 8 and 16 bits without alpha; RGB 8 and 16 bits, four components a pixel, the fourth premultiplied
-/// alpha or skipped; CMYK 8 bits without alpha. 16-bit components are little-endian words. Everything else is
-/// refused.
+/// Formats: gray 8 and 16 bits without alpha; RGB 8 and 16 bits, four components a pixel, the fourth
+/// premultiplied alpha or skipped; CMYK 8 bits without alpha. 16-bit components are little-endian words.
+/// Everything else is refused.
 ///
-/// A drawing that fails (a profile that makes no transform, no memory) spoils the surface: from then on it has no
-/// `data` and makes no image.
+/// A drawing that fails (a profile that makes no transform, no memory) spoils the surface: from then on it
+/// has no `data` and makes no image.
 class CGBitmapContext {
  public:
-  /// `bytesPerRow` 0 lets the platform choose a padded pitch. Null when the format is refused, a side is 0 or the
-  /// memory cannot be had.
-  static std::unique_ptr<CGBitmapContext> create(std::size_t width, std::size_t height, std::size_t bitsPerComponent,
-                                                 std::size_t bytesPerRow, CGColorSpaceRef space,
-                                                 CGBitmapInfo bitmapInfo);
+  /// `bytesPerRow` 0 lets the platform choose a padded pitch. Null when the format is refused, a side is 0 or
+  /// the memory cannot be had.
+  static std::unique_ptr<CGBitmapContext> create(std::size_t width, std::size_t height,
+                                                 std::size_t bitsPerComponent, std::size_t bytesPerRow,
+                                                 CGColorSpaceRef space, CGBitmapInfo bitmapInfo);
 
   virtual ~CGBitmapContext() = default;
   virtual std::size_t width() const = 0;
@@ -48,8 +48,8 @@ class CGBitmapContext {
   /// Zeroes: transparent, or black without alpha.
   virtual void clearRect(const CGRect& rect) = 0;
   virtual void setInterpolationQuality(CGInterpolationQuality quality) = 0;
-  /// Draws the picture, its colours matched to the surface's space, source-over on encoded values. `rect` must be the
-  /// whole surface and the picture as large as it: anything else spoils the surface.
+  /// Draws the picture, its colours matched to the surface's space, source-over on encoded values. `rect`
+  /// must be the whole surface and the picture as large as it: anything else spoils the surface.
   virtual void drawImage(const CGRect& rect, const CGImage& image) = 0;
 
   /// The image of what was drawn; it takes the memory over, so the surface ends. Null when it is spoilt.
@@ -65,8 +65,9 @@ class GraphicsCreation {
   virtual ~GraphicsCreation() = default;
   virtual CGColorSpaceRef colorSpaceWithName(std::string_view name) = 0;
   virtual std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height,
-                                                         std::size_t bitsPerComponent, std::size_t bytesPerRow,
-                                                         CGColorSpaceRef space, CGBitmapInfo bitmapInfo) = 0;
+                                                         std::size_t bitsPerComponent,
+                                                         std::size_t bytesPerRow, CGColorSpaceRef space,
+                                                         CGBitmapInfo bitmapInfo) = 0;
   virtual CGImageRef image(const CGImage::Format& format, CGColorSpaceRef space, SharedBytes provider,
                            bool shouldInterpolate, CGColorRenderingIntent intent) = 0;
   static GraphicsCreation& standard();

@@ -16,8 +16,8 @@ namespace {
 
 class SameSpace final : public ColorMatch {
  public:
-  void drawRow(const PixelFormat& picture, const std::uint8_t* from, const PixelFormat& surface, std::uint8_t* to,
-               std::size_t count) const override {
+  void drawRow(const PixelFormat& picture, const std::uint8_t* from, const PixelFormat& surface,
+               std::uint8_t* to, std::size_t count) const override {
     drawSameSpace(picture, from, surface, to, count);
   }
 };
@@ -32,8 +32,8 @@ class ChunkedMatch : public ColorMatch {
  public:
   ChunkedMatch(PlainSides plain, bool takesRows) : plain_(plain), takesRows_(takesRows) {}
 
-  void drawRow(const PixelFormat& picture, const std::uint8_t* from, const PixelFormat& surface, std::uint8_t* to,
-               std::size_t count) const final {
+  void drawRow(const PixelFormat& picture, const std::uint8_t* from, const PixelFormat& surface,
+               std::uint8_t* to, std::size_t count) const final {
     const bool withAlpha = picture.alpha != AlphaKind::none;
     PixelChunk chunk;
     for (std::size_t done = 0; done < count; done += chunk.count) {
@@ -118,7 +118,8 @@ CGColorSpaceRef behindFormula(const CGColorSpaceRef& space) {
 }
 
 SourceValues valuesOf(const PixelFormat& picture, bool plainCMYK) {
-  if (plainCMYK || picture.alpha == AlphaKind::premultiplied || picture.colors == 0) return SourceValues::between;
+  if (plainCMYK || picture.alpha == AlphaKind::premultiplied || picture.colors == 0)
+    return SourceValues::between;
   return picture.bytesPerComponent == 1 ? SourceValues::bytes : SourceValues::words;
 }
 
@@ -153,8 +154,8 @@ class RecentMatches {
 
   std::shared_ptr<const ColorMatch> find(const Key& key) {
     const std::lock_guard lock(mutex_);
-    const auto found =
-        std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.key.equals(key); });
+    const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                    [&](const Entry& entry) { return entry.key.equals(key); });
     if (found == entries_.end()) return nullptr;
     std::rotate(entries_.begin(), found, found + 1);
     return entries_.front().match;
@@ -185,7 +186,8 @@ RecentMatches& recentMatches() {
 
 std::shared_ptr<const ColorMatch> ColorMatch::between(const CGColorSpaceRef& source,
                                                       const CGColorSpaceRef& destination,
-                                                      CGColorRenderingIntent intent, const PixelFormat& picture) {
+                                                      CGColorRenderingIntent intent,
+                                                      const PixelFormat& picture) {
   const SourceValues values = valuesOf(picture, byPlainFormula(*source));
   const RecentMatches::Key key{source, destination, intent, values};
   if (auto recent = recentMatches().find(key)) return recent;

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <deque>
+#include <iterator>
 #include <mutex>
 
 #include "platform/graphics/color_space_contents.h"
+#include "platform/graphics/icc_description.h"
 #include "platform/graphics/icc_writer.h"
 #include "platform/graphics/named_spaces.h"
 #include "platform/graphics/profile_transform.h"
@@ -42,19 +44,25 @@ RecentSpaces& recentSpaces() {
 }
 
 CGColorSpaceRef spaceOfProfile(const CheckedProfile& profile, ByteView bytes) {
-  const auto description = descriptionIfUsable(bytes);
-  if (!description) return nullptr;
+  if (!libraryConvertsFrom(bytes)) return nullptr;
   auto contents = std::make_unique<CGColorSpace::Contents>();
   contents->model = profile.model();
   contents->components = profile.components();
   contents->icc.assign(bytes.begin(), bytes.end());
-  contents->description = *description;
+  contents->description = iccDescription(profile);
   contents->shaper = Shaper::ofProfile(profile);
   return std::make_shared<CGColorSpace>(std::move(contents));
 }
 
+/// Imaginary primaries are in use, but none lies far outside the diagram.
+bool areChromaticities(const double (&primaries)[6]) {
+  return std::all_of(std::begin(primaries), std::end(primaries),
+                     [](double value) { return std::abs(value) <= 2; });
+}
+
 /// Columns of the XYZ of red, green and blue at full strength, which add up to the white; adapted to D50.
 std::optional<Matrix3> colorantsOf(const double (&white)[2], const double (&primaries)[6]) {
+  if (!areChromaticities(primaries)) return std::nullopt;
   const auto adaptation = adaptationToD50({white[0], white[1]});
   Matrix3 columns{};
   for (std::size_t i = 0; i < 3; ++i) {
@@ -106,7 +114,8 @@ CGColorSpaceRef CGColorSpace::createWithICCData(ByteView profile) {
 CGColorSpaceRef CGColorSpace::createCalibrated(const double (&white)[2], const double (*primaries)[6],
                                                double gamma) {
   constexpr double steepest = 100;
-  if (!(gamma > 1 / steepest) || !(gamma < steepest) || !adaptationToD50({white[0], white[1]})) return nullptr;
+  if (!(gamma > 1 / steepest) || !(gamma < steepest) || !adaptationToD50({white[0], white[1]}))
+    return nullptr;
   ProfileNumbers numbers;
   numbers.description = primaries != nullptr ? "Calibrated RGB" : "Calibrated Gray";
   numbers.curve[0] = fixedWord(gamma);

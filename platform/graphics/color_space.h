@@ -39,12 +39,13 @@ class CGColorSpace {
  public:
   /// The space of one of the names above; null for any other. A name gives the same object every time.
   static CGColorSpaceRef createWithName(std::string_view name);
-  /// The space of an ICC profile, version 2 or 4. Null when the bytes are no whole, well-formed profile or the profile
-  /// is a device link, abstract or a list of named colours.
+  /// The space of an ICC profile, version 2 or 4. Null when the bytes are no whole, well-formed profile or
+  /// the profile is a device link, abstract or a list of named colours.
   static CGColorSpaceRef createWithICCData(ByteView profile);
-  /// An RGB space (chromaticities of white and of red, green, blue as x, y pairs) or, without `primaries`, a gray one,
-  /// in which a value v means v raised to `gamma`. Null when the numbers make no space.
-  static CGColorSpaceRef createCalibrated(const double (&white)[2], const double (*primaries)[6], double gamma);
+  /// An RGB space (chromaticities of white and of red, green, blue as x, y pairs) or, without `primaries`, a
+  /// gray one, in which a value v means v raised to `gamma`. Null when the numbers make no space.
+  static CGColorSpaceRef createCalibrated(const double (&white)[2], const double (*primaries)[6],
+                                          double gamma);
 
   ~CGColorSpace();
   CGColorSpaceModel model() const;

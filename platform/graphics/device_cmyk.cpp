@@ -27,7 +27,7 @@ Bytes readWhole(const std::string& path) {
 
 bool isUsableCMYK(ByteView bytes) {
   const auto profile = CheckedProfile::of(bytes);
-  return profile && profile->model() == CGColorSpaceModel::cmyk && descriptionIfUsable(bytes);
+  return profile && profile->model() == CGColorSpaceModel::cmyk && libraryConvertsFrom(bytes);
 }
 
 std::string environment(const char* name) {

@@ -7,8 +7,8 @@
 
 namespace ostra {
 
-/// The profile of CMYK without one: color/icc/ghostscript/default_cmyk.icc in the first of these folders that has it
-/// and where it is a usable CMYK profile. Empty when there is none.
+/// The profile of CMYK without one: color/icc/ghostscript/default_cmyk.icc in the first of these folders that
+/// has it and where it is a usable CMYK profile. Empty when there is none.
 Bytes cmykProfileIn(const std::vector<std::string>& dataFolders);
 
 /// The same from the folders of XDG_DATA_HOME and XDG_DATA_DIRS, looked up once.

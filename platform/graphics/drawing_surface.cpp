@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t pitchStep = 64;
 
-/// Bytes of a row: as asked for, or padded; nothing when that cannot hold the pixels or the memory has no such size.
+/// Bytes of a row: as asked for, or padded; nothing when that cannot hold the pixels or the memory has no
+/// such size.
 std::optional<std::size_t> pitchFor(const CGImage::Format& format, const PixelFormat& pixel) {
   std::size_t least = 0, padded = 0, all = 0;
   if (__builtin_mul_overflow(format.width, pixel.bytesPerPixel(), &least) ||

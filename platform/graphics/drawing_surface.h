@@ -14,7 +14,8 @@ namespace ostra {
 class DrawingSurface final : public CGBitmapContext {
  public:
   static std::unique_ptr<CGBitmapContext> make(const CGImage::Format& format, CGColorSpaceRef space);
-  DrawingSurface(const CGImage::Format& format, const PixelFormat& pixel, CGColorSpaceRef space, SurfaceMemory memory);
+  DrawingSurface(const CGImage::Format& format, const PixelFormat& pixel, CGColorSpaceRef space,
+                 SurfaceMemory memory);
 
   std::size_t width() const override { return format_.width; }
   std::size_t height() const override { return format_.height; }

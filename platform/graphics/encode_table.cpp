@@ -11,8 +11,9 @@
 namespace ostra {
 namespace {
 
-/// log2 of the pieces of an octave. The error of a power curve is then below 0.15 of a 16-bit step. Stored tables
-/// bend at every entry, by up to half a step of their own 16 bits, and need the pieces to be shorter than entries.
+/// log2 of the pieces of an octave. The error of a power curve is then below 0.15 of a 16-bit step. Stored
+/// tables bend at every entry, by up to half a step of their own 16 bits, and need the pieces to be shorter
+/// than entries.
 constexpr int formulaPieces = 7;
 constexpr int tablePieces = 10;
 constexpr int mantissaBits = 23;
@@ -34,7 +35,8 @@ using Pieces = EncodeTable::Pieces;
 void encodePlainly(const Pieces& p, float* values, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const float light = std::clamp(values[i], 0.0f, 1.0f);
-    const std::int32_t piece = std::clamp((std::bit_cast<std::int32_t>(light) >> p.shift) - p.first, 0, p.last);
+    const std::int32_t piece =
+        std::clamp((std::bit_cast<std::int32_t>(light) >> p.shift) - p.first, 0, p.last);
     const float value = light < p.toeEnd ? p.toeSlope * light : p.base[piece] + p.slope[piece] * light;
     values[i] = std::clamp(value, 0.0f, 1.0f);
   }
@@ -42,7 +44,8 @@ void encodePlainly(const Pieces& p, float* values, std::size_t count) {
 
 #if defined(__x86_64__)
 /// Eight at a time. Compilers do not choose the gathering loads by themselves, which are twice as fast here.
-__attribute__((target("avx2,fma"))) std::size_t encodeByGathering(const Pieces& p, float* values, std::size_t count) {
+__attribute__((target("avx2,fma"))) std::size_t encodeByGathering(const Pieces& p, float* values,
+                                                                  std::size_t count) {
   const __m256 black = _mm256_setzero_ps(), white = _mm256_set1_ps(1);
   const __m256 toeEnd = _mm256_set1_ps(p.toeEnd), toeSlope = _mm256_set1_ps(p.toeSlope);
   const __m256i first = _mm256_set1_epi32(p.first), last = _mm256_set1_epi32(p.last);
@@ -101,6 +104,8 @@ void EncodeTable::run(float* values, std::size_t count) const {
   encodePlainly(pieces(), values + done, count - done);
 }
 
-void EncodeTable::runPlainly(float* values, std::size_t count) const { encodePlainly(pieces(), values, count); }
+void EncodeTable::runPlainly(float* values, std::size_t count) const {
+  encodePlainly(pieces(), values, count);
+}
 
 }  // namespace ostra

@@ -9,8 +9,9 @@ namespace ostra {
 
 /// The inverse of a tone curve as straight pieces, fine enough for 16 bits: light 0 to 1 to a value 0 to 1.
 ///
-/// Inverse curves are steep at black, so the pieces have equal lengths within one octave of light, and the exponent
-/// and the first bits of a float select the piece. A curve's own toe is kept apart, as the exact line that it is.
+/// Inverse curves are steep at black, so the pieces have equal lengths within one octave of light, and the
+/// exponent and the first bits of a float select the piece. A curve's own toe is kept apart, as the exact
+/// line that it is.
 class EncodeTable {
  public:
   explicit EncodeTable(const ToneCurve& curve);

@@ -10,10 +10,11 @@ class StandardCreation final : public GraphicsCreation {
  public:
   CGColorSpaceRef colorSpaceWithName(std::string_view name) override { return namedSpace(name); }
 
-  std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height, std::size_t bitsPerComponent,
-                                                 std::size_t bytesPerRow, CGColorSpaceRef space,
-                                                 CGBitmapInfo bitmapInfo) override {
-    return DrawingSurface::make({width, height, bitsPerComponent, 0, bytesPerRow, bitmapInfo}, std::move(space));
+  std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height,
+                                                 std::size_t bitsPerComponent, std::size_t bytesPerRow,
+                                                 CGColorSpaceRef space, CGBitmapInfo bitmapInfo) override {
+    return DrawingSurface::make({width, height, bitsPerComponent, 0, bytesPerRow, bitmapInfo},
+                                std::move(space));
   }
 
   CGImageRef image(const CGImage::Format& format, CGColorSpaceRef space, SharedBytes provider, bool,
@@ -34,15 +35,16 @@ CGColorSpaceRef CGColorSpace::createWithName(std::string_view name) {
   return Service<GraphicsCreation>::current().colorSpaceWithName(name);
 }
 
-CGImageRef CGImage::create(const Format& format, CGColorSpaceRef space, SharedBytes provider, bool shouldInterpolate,
-                           CGColorRenderingIntent intent) {
-  return Service<GraphicsCreation>::current().image(format, std::move(space), std::move(provider), shouldInterpolate,
-                                                    intent);
+CGImageRef CGImage::create(const Format& format, CGColorSpaceRef space, SharedBytes provider,
+                           bool shouldInterpolate, CGColorRenderingIntent intent) {
+  return Service<GraphicsCreation>::current().image(format, std::move(space), std::move(provider),
+                                                    shouldInterpolate, intent);
 }
 
 std::unique_ptr<CGBitmapContext> CGBitmapContext::create(std::size_t width, std::size_t height,
-                                                         std::size_t bitsPerComponent, std::size_t bytesPerRow,
-                                                         CGColorSpaceRef space, CGBitmapInfo bitmapInfo) {
+                                                         std::size_t bitsPerComponent,
+                                                         std::size_t bytesPerRow, CGColorSpaceRef space,
+                                                         CGBitmapInfo bitmapInfo) {
   return Service<GraphicsCreation>::current().bitmapContext(width, height, bitsPerComponent, bytesPerRow,
                                                             std::move(space), bitmapInfo);
 }

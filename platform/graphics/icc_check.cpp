@@ -19,15 +19,24 @@ struct DeviceSpace {
 };
 
 constexpr DeviceSpace deviceSpaces[] = {
-    {iccSignature("GRAY"), CGColorSpaceModel::monochrome, 1}, {iccSignature("RGB "), CGColorSpaceModel::rgb, 3},
-    {iccSignature("CMYK"), CGColorSpaceModel::cmyk, 4},       {iccSignature("Lab "), CGColorSpaceModel::lab, 3},
-    {iccSignature("XYZ "), CGColorSpaceModel::xyz, 3},        {iccSignature("CMY "), CGColorSpaceModel::deviceN, 3},
-    {iccSignature("HSV "), CGColorSpaceModel::unknown, 3},    {iccSignature("HLS "), CGColorSpaceModel::unknown, 3},
-    {iccSignature("YCbr"), CGColorSpaceModel::unknown, 3},    {iccSignature("Yxy "), CGColorSpaceModel::unknown, 3},
-    {iccSignature("Luv "), CGColorSpaceModel::unknown, 3},    {iccSignature("2CLR"), CGColorSpaceModel::deviceN, 2},
-    {iccSignature("3CLR"), CGColorSpaceModel::deviceN, 3},    {iccSignature("4CLR"), CGColorSpaceModel::deviceN, 4},
-    {iccSignature("5CLR"), CGColorSpaceModel::deviceN, 5},    {iccSignature("6CLR"), CGColorSpaceModel::deviceN, 6},
-    {iccSignature("7CLR"), CGColorSpaceModel::deviceN, 7},    {iccSignature("8CLR"), CGColorSpaceModel::deviceN, 8},
+    {iccSignature("GRAY"), CGColorSpaceModel::monochrome, 1},
+    {iccSignature("RGB "), CGColorSpaceModel::rgb, 3},
+    {iccSignature("CMYK"), CGColorSpaceModel::cmyk, 4},
+    {iccSignature("Lab "), CGColorSpaceModel::lab, 3},
+    {iccSignature("XYZ "), CGColorSpaceModel::xyz, 3},
+    {iccSignature("CMY "), CGColorSpaceModel::deviceN, 3},
+    {iccSignature("HSV "), CGColorSpaceModel::unknown, 3},
+    {iccSignature("HLS "), CGColorSpaceModel::unknown, 3},
+    {iccSignature("YCbr"), CGColorSpaceModel::unknown, 3},
+    {iccSignature("Yxy "), CGColorSpaceModel::unknown, 3},
+    {iccSignature("Luv "), CGColorSpaceModel::unknown, 3},
+    {iccSignature("2CLR"), CGColorSpaceModel::deviceN, 2},
+    {iccSignature("3CLR"), CGColorSpaceModel::deviceN, 3},
+    {iccSignature("4CLR"), CGColorSpaceModel::deviceN, 4},
+    {iccSignature("5CLR"), CGColorSpaceModel::deviceN, 5},
+    {iccSignature("6CLR"), CGColorSpaceModel::deviceN, 6},
+    {iccSignature("7CLR"), CGColorSpaceModel::deviceN, 7},
+    {iccSignature("8CLR"), CGColorSpaceModel::deviceN, 8},
 };
 
 const DeviceSpace* deviceSpace(std::uint32_t signature) {

@@ -20,11 +20,13 @@ std::uint32_t iccUInt32(ByteView bytes, std::size_t offset);
 /// s15.16.
 double iccFixed(ByteView bytes, std::size_t offset);
 
-/// A profile whose header and tag table have been checked: every tag lies inside the profile. Refers to the bytes.
+/// A profile whose header and tag table have been checked: every tag lies inside the profile. Refers to the
+/// bytes.
 class CheckedProfile {
  public:
-  /// Nothing unless the size field is covered by the bytes, the file signature stands, the version is 2 or 4, the
-  /// class is one that describes a device or a space (whose components we know), and the tag table and all tags lie inside the profile.
+  /// Nothing unless the size field is covered by the bytes, the file signature stands, the version is 2 or 4,
+  /// the class is one that describes a device or a space (whose components we know), and the tag table and
+  /// all tags lie inside the profile.
   static std::optional<CheckedProfile> of(ByteView bytes);
 
   bool has(std::uint32_t signature) const { return !tag(signature).empty(); }

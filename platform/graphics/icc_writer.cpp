@@ -107,7 +107,8 @@ Bytes header(bool gray) {
 
 void setSize(Bytes& out) {
   const auto size = static_cast<std::uint32_t>(out.size());
-  for (int i = 0; i < 4; ++i) out[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(size >> (24 - 8 * i));
+  for (int i = 0; i < 4; ++i)
+    out[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(size >> (24 - 8 * i));
 }
 
 }  // namespace

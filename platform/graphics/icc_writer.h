@@ -12,7 +12,8 @@ namespace ostra {
 /// A colour space as the numbers of a profile, all as s15.16 words.
 struct ProfileNumbers {
   std::string_view description;
-  /// Parameters of the one curve of all components: the exponent alone, or g a b c d (ICC.1 parametric forms 0 and 3).
+  /// Parameters of the one curve of all components: the exponent alone, or g a b c d (ICC.1 parametric forms
+  /// 0 and 3).
   std::array<std::int32_t, 5> curve{};
   bool curveHasToe = false;
   /// Red, green, blue as X Y Z, adapted to D50. Nothing for gray.
@@ -21,8 +22,8 @@ struct ProfileNumbers {
   std::array<double, 2> white{};
 };
 
-/// A display profile of version 4.3. The same numbers give the same bytes always: it carries a fixed date and no
-/// identifier, so that a picture converted twice is one file.
+/// A display profile of version 4.3. The same numbers give the same bytes always: it carries a fixed date and
+/// no identifier, so that a picture converted twice is one file.
 Bytes writeProfile(const ProfileNumbers& numbers);
 
 /// Bradford adaptation of light under this white to D50. Nothing for a white that has no brightness.

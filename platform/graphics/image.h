@@ -9,13 +9,19 @@
 
 namespace ostra {
 
-enum class CGColorRenderingIntent { standard = 0, absoluteColorimetric, relativeColorimetric, perceptual, saturation };
+enum class CGColorRenderingIntent {
+  standard = 0,
+  absoluteColorimetric,
+  relativeColorimetric,
+  perceptual,
+  saturation
+};
 
 class CGImage;
 using CGImageRef = std::shared_ptr<const CGImage>;
 
-/// Pixels and their meaning. Immutable, shared, safe on any thread. The top row is first in memory; components are
-/// unsigned integers of 8 bits, or of 16 bits in the machine's (little-endian) order.
+/// Pixels and their meaning. Immutable, shared, safe on any thread. The top row is first in memory;
+/// components are unsigned integers of 8 bits, or of 16 bits in the machine's (little-endian) order.
 class CGImage {
  public:
   struct Format {
@@ -29,8 +35,8 @@ class CGImage {
 
   /// `space` may be null: a picture that does not say what its colours mean. Null when the numbers do not fit
   /// together or the provider holds too few bytes.
-  static CGImageRef create(const Format& format, CGColorSpaceRef space, SharedBytes provider, bool shouldInterpolate,
-                           CGColorRenderingIntent intent);
+  static CGImageRef create(const Format& format, CGColorSpaceRef space, SharedBytes provider,
+                           bool shouldInterpolate, CGColorRenderingIntent intent);
 
   std::size_t width() const { return format_.width; }
   std::size_t height() const { return format_.height; }

@@ -18,8 +18,8 @@ void lookUp(const std::vector<float>& light, const std::uint8_t* row, std::size_
   for (std::size_t i = 0; i < count; ++i) values[i] = table[loadWord<Word>(row, i * stride)];
 }
 
-OSTRA_VECTORISED void interpolate(const float* __restrict light, std::size_t steps, float toeEnd, float toeSlope,
-                                  float* __restrict values, std::size_t count) {
+OSTRA_VECTORISED void interpolate(const float* __restrict light, std::size_t steps, float toeEnd,
+                                  float toeSlope, float* __restrict values, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const float value = values[i];
     const float position = value * static_cast<float>(steps);
@@ -31,8 +31,8 @@ OSTRA_VECTORISED void interpolate(const float* __restrict light, std::size_t ste
 
 using Rows = std::array<std::array<float, 3>, 3>;
 
-OSTRA_VECTORISED void threeToThree(const Rows& m, float* __restrict r, float* __restrict g, float* __restrict b,
-                                   std::size_t count) {
+OSTRA_VECTORISED void threeToThree(const Rows& m, float* __restrict r, float* __restrict g,
+                                   float* __restrict b, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const float red = r[i], green = g[i], blue = b[i];
     r[i] = m[0][0] * red + m[0][1] * green + m[0][2] * blue;
@@ -117,7 +117,8 @@ void MatrixKernel::matchLight(PixelChunk& chunk) const {
   float* const b = chunk.color[2].data();
   if (in_ == 1) {
     for (std::size_t i = out_; i-- > 0;)
-      for (std::size_t pixel = 0; pixel < chunk.count; ++pixel) chunk.color[i][pixel] = matrix_[i][0] * r[pixel];
+      for (std::size_t pixel = 0; pixel < chunk.count; ++pixel)
+        chunk.color[i][pixel] = matrix_[i][0] * r[pixel];
   } else if (out_ == 3) {
     threeToThree(matrix_, r, g, b, chunk.count);
   } else {

@@ -12,8 +12,9 @@ namespace ostra {
 /// What the values of a source are: bytes, words, or anything in between (premultiplied pixels, divided).
 enum class SourceValues { bytes, words, between };
 
-/// Conversion between two profiles of curves: values to light by table, one matrix, light to values by table. Agrees
-/// with the same in double precision within 1 at 8 and 2 at 16 bits. Immutable; any number of threads may run one.
+/// Conversion between two profiles of curves: values to light by table, one matrix, light to values by table.
+/// Agrees with the same in double precision within 1 at 8 and 2 at 16 bits. Immutable; any number of threads
+/// may run one.
 class MatrixKernel {
  public:
   /// Null when the destination cannot be reached.

@@ -41,7 +41,8 @@ std::uint32_t rounded(float value) {
 
 /// `values` are products with alpha already, or alpha itself.
 template <class Word>
-void storeOver(const float* values, const float* alpha, std::uint8_t* row, std::size_t stride, std::size_t count) {
+void storeOver(const float* values, const float* alpha, std::uint8_t* row, std::size_t stride,
+               std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const float held = loadWord<Word>(row, i * stride);
     const float result = values[i] * most<Word> + held * (1.0f - alpha[i]);
@@ -62,7 +63,6 @@ void drawOver(const PixelChunk& chunk, const PixelFormat& surface, std::uint8_t*
                     chunk.count);
 }
 
-
 /// RGB bytes with a fourth, a word a pixel.
 template <bool keepsAlpha>
 OSTRA_VECTORISED void drawBytesOver(const PixelChunk& chunk, std::uint8_t* __restrict row) {
@@ -75,7 +75,8 @@ OSTRA_VECTORISED void drawBytesOver(const PixelChunk& chunk, std::uint8_t* __res
     const auto held = loadWord<std::uint32_t>(row, i);
     const float a = alpha[i], rest = (1.0f - a) / 255.0f;
     const auto over = [&](float value, std::uint32_t shift) {
-      return rounded<std::uint8_t>(value + static_cast<float>(static_cast<std::int32_t>(held >> shift & 255)) * rest)
+      return rounded<std::uint8_t>(value +
+                                   static_cast<float>(static_cast<std::int32_t>(held >> shift & 255)) * rest)
              << shift;
     };
     const std::uint32_t fourth = keepsAlpha ? over(a, 24) : held & 0xFF000000u;
@@ -90,7 +91,8 @@ void fillComponent(std::uint8_t* row, std::size_t stride, std::size_t count) {
 
 /// The usual case, RGB and an opaque fourth, written as one word a pixel.
 OSTRA_VECTORISED void replaceBytes(const float* __restrict r, const float* __restrict g,
-                                   const float* __restrict b, std::uint8_t* __restrict row, std::size_t count) {
+                                   const float* __restrict b, std::uint8_t* __restrict row,
+                                   std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint32_t pixel = rounded<std::uint8_t>(r[i]) | rounded<std::uint8_t>(g[i]) << 8 |
                                 rounded<std::uint8_t>(b[i]) << 16 | 0xFF000000u;
@@ -99,7 +101,8 @@ OSTRA_VECTORISED void replaceBytes(const float* __restrict r, const float* __res
 }
 
 OSTRA_VECTORISED void replaceWords(const float* __restrict r, const float* __restrict g,
-                                   const float* __restrict b, std::uint8_t* __restrict row, std::size_t count) {
+                                   const float* __restrict b, std::uint8_t* __restrict row,
+                                   std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint64_t low = rounded<std::uint16_t>(r[i]) | rounded<std::uint16_t>(g[i]) << 16;
     const std::uint64_t high = rounded<std::uint16_t>(b[i]) | 0xFFFF0000u;
@@ -134,8 +137,10 @@ void readColors(const PixelFormat& format, const std::uint8_t* row, PixelChunk& 
 void drawChunk(const PixelChunk& chunk, bool withAlpha, const PixelFormat& surface, std::uint8_t* row) {
   const bool bytes = surface.bytesPerComponent == 1;
   if (withAlpha && bytes && surface.colors == 3)
-    return surface.alpha != AlphaKind::none ? drawBytesOver<true>(chunk, row) : drawBytesOver<false>(chunk, row);
-  if (withAlpha) return bytes ? drawOver<std::uint8_t>(chunk, surface, row) : drawOver<std::uint16_t>(chunk, surface, row);
+    return surface.alpha != AlphaKind::none ? drawBytesOver<true>(chunk, row)
+                                            : drawBytesOver<false>(chunk, row);
+  if (withAlpha)
+    return bytes ? drawOver<std::uint8_t>(chunk, surface, row) : drawOver<std::uint16_t>(chunk, surface, row);
   if (surface.colors == 3) {
     const auto replaceAll = bytes ? replaceBytes : replaceWords;
     return replaceAll(chunk.color[0].data(), chunk.color[1].data(), chunk.color[2].data(), row, chunk.count);

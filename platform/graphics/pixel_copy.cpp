@@ -106,7 +106,8 @@ OSTRA_VECTORISED void copyBytesOver(const std::uint8_t* __restrict from, std::ui
   }
 }
 
-void drawBytesOver(bool straight, bool keepsAlpha, const std::uint8_t* from, std::uint8_t* to, std::size_t count) {
+void drawBytesOver(bool straight, bool keepsAlpha, const std::uint8_t* from, std::uint8_t* to,
+                   std::size_t count) {
   if (straight && keepsAlpha) return copyBytesOver<true, true>(from, to, count);
   if (straight) return copyBytesOver<true, false>(from, to, count);
   if (keepsAlpha) return copyBytesOver<false, true>(from, to, count);

@@ -14,13 +14,16 @@ bool orderIsOurs(std::size_t bits, CGBitmapInfo info) {
 AlphaKind kindOf(CGImageAlphaInfo alpha) {
   switch (alpha) {
     case CGImageAlphaInfo::premultipliedLast:
-    case CGImageAlphaInfo::premultipliedFirst: return AlphaKind::premultiplied;
+    case CGImageAlphaInfo::premultipliedFirst:
+      return AlphaKind::premultiplied;
     case CGImageAlphaInfo::last:
     case CGImageAlphaInfo::first:
-    case CGImageAlphaInfo::only: return AlphaKind::straight;
+    case CGImageAlphaInfo::only:
+      return AlphaKind::straight;
     case CGImageAlphaInfo::none:
     case CGImageAlphaInfo::noneSkipLast:
-    case CGImageAlphaInfo::noneSkipFirst: break;
+    case CGImageAlphaInfo::noneSkipFirst:
+      break;
   }
   return AlphaKind::none;
 }
@@ -41,11 +44,9 @@ PixelFormat arrange(std::size_t bytes, std::size_t colors, CGImageAlphaInfo alph
   format.bytesPerComponent = bytes;
   format.colors = colors;
   format.alpha = kindOf(alpha);
-  const bool fourth = alpha != CGImageAlphaInfo::none && alpha != CGImageAlphaInfo::only;
-  format.componentsPerPixel = colors + (fourth ? 1 : 0);
+  format.componentsPerPixel = colors + (alpha != CGImageAlphaInfo::none ? 1 : 0);
   format.firstColor = isFirst(alpha) ? 1 : 0;
   format.alphaIndex = isFirst(alpha) ? 0 : colors;
-  if (fourth && format.alpha == AlphaKind::none) format.skippedIndex = format.alphaIndex;
   return format;
 }
 
@@ -90,7 +91,8 @@ std::optional<PixelFormat> imagePixelFormat(const CGImage::Format& format, std::
     return arrange(1, 0, alpha);
   }
   const std::size_t found = stored - (alpha == CGImageAlphaInfo::none ? 0 : 1);
-  if (!colorsAllow(found, alpha) || (colors && static_cast<std::size_t>(*colors) != found)) return std::nullopt;
+  if (!colorsAllow(found, alpha) || (colors && static_cast<std::size_t>(*colors) != found))
+    return std::nullopt;
   return arrange(bits / 8, found, alpha);
 }
 

@@ -18,8 +18,6 @@ struct PixelFormat {
   std::size_t firstColor = 0;
   AlphaKind alpha = AlphaKind::none;
   std::size_t alphaIndex = 3;
-  /// Of a component that means nothing.
-  std::optional<std::size_t> skippedIndex;
 
   std::size_t bytesPerPixel() const { return bytesPerComponent * componentsPerPixel; }
 };
@@ -29,9 +27,10 @@ struct PixelFormat {
 /// `colors` are the components of the colour space, or nothing where there is none.
 std::optional<PixelFormat> imagePixelFormat(const CGImage::Format& format, std::optional<int> colors);
 
-/// The format of a picture whose provider holds all its rows and whose space has its number of colours. Nothing for
-/// any other, so that what follows may read every pixel without asking.
-std::optional<PixelFormat> wholePixelFormat(const CGImage::Format& format, const CGColorSpace* space, ByteView provider);
+/// The format of a picture whose provider holds all its rows and whose space has its number of colours.
+/// Nothing for any other, so that what follows may read every pixel without asking.
+std::optional<PixelFormat> wholePixelFormat(const CGImage::Format& format, const CGColorSpace* space,
+                                            ByteView provider);
 
 /// The few formats of drawing surfaces; see CGBitmapContext.
 std::optional<PixelFormat> surfacePixelFormat(CGColorSpaceModel model, std::size_t bitsPerComponent,

@@ -2,20 +2,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <string>
 
 #include "platform/foundation/bytes.h"
 #include "platform/graphics/image.h"
 
 namespace ostra {
 
-/// The English description of a profile whose table of tags has been checked, or nothing when the colour library
-/// cannot convert from it.
-std::optional<std::string> descriptionIfUsable(ByteView profile);
+/// Whether the colour library can convert from a profile, whose table of tags has been checked.
+bool libraryConvertsFrom(ByteView profile);
 
-/// A conversion between two profiles of any kind by the colour library, without its optimisations: they are wrong by
-/// up to 4 of 255 and 1346 of 65535. Immutable; any number of threads may run one at once.
+/// A conversion between two profiles of any kind by the colour library, without its optimisations: they are
+/// wrong by up to 4 of 255 and 1346 of 65535. Immutable; any number of threads may run one at once.
 ///
 /// The standard intent is perceptual. Black points are not matched, except where the library must: between
 /// table profiles of version 4, whose perceptual tables are defined with it.

@@ -16,7 +16,8 @@ constexpr std::size_t mostThreads = 4;
 std::size_t bandsFor(std::size_t rows, std::size_t pixelsInRow) {
   const std::size_t processors = std::max(1u, std::thread::hardware_concurrency());
   const std::size_t worthwhile = rows * pixelsInRow / pixelsWorthAThread;
-  return std::clamp<std::size_t>(worthwhile, 1, std::min({processors, mostThreads, std::max<std::size_t>(rows, 1)}));
+  return std::clamp<std::size_t>(worthwhile, 1,
+                                 std::min({processors, mostThreads, std::max<std::size_t>(rows, 1)}));
 }
 
 }  // namespace

@@ -8,9 +8,10 @@ namespace ostra {
 namespace {
 
 constexpr std::uint32_t tableTags[] = {
-    iccSignature("A2B0"), iccSignature("A2B1"), iccSignature("A2B2"), iccSignature("B2A0"), iccSignature("B2A1"),
-    iccSignature("B2A2"), iccSignature("D2B0"), iccSignature("D2B1"), iccSignature("D2B2"), iccSignature("D2B3"),
-    iccSignature("B2D0"), iccSignature("B2D1"), iccSignature("B2D2"), iccSignature("B2D3"),
+    iccSignature("A2B0"), iccSignature("A2B1"), iccSignature("A2B2"), iccSignature("B2A0"),
+    iccSignature("B2A1"), iccSignature("B2A2"), iccSignature("D2B0"), iccSignature("D2B1"),
+    iccSignature("D2B2"), iccSignature("D2B3"), iccSignature("B2D0"), iccSignature("B2D1"),
+    iccSignature("B2D2"), iccSignature("B2D3"),
 };
 
 bool isCurvesAlone(const CheckedProfile& profile) {
@@ -67,7 +68,8 @@ std::optional<Matrix3> inverse(const Matrix3& m) {
   if (!(std::abs(determinant) > 1e-6)) return std::nullopt;
   Matrix3 result{};
   for (std::size_t row = 0; row < 3; ++row)
-    for (std::size_t column = 0; column < 3; ++column) result[row][column] = cofactor(m, column, row) / determinant;
+    for (std::size_t column = 0; column < 3; ++column)
+      result[row][column] = cofactor(m, column, row) / determinant;
   return result;
 }
 

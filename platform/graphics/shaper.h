@@ -16,8 +16,8 @@ std::optional<Matrix3> inverse(const Matrix3& matrix);
 /// The white of the profile connection space, ICC.1 7.2.16.
 inline constexpr std::array<double, 3> whiteD50 = {0.9642, 1.0, 0.8249};
 
-/// A profile of curves, and of a matrix where it is RGB, without tables in several dimensions. Such a profile means
-/// the same under every intent but the absolute one.
+/// A profile of curves, and of a matrix where it is RGB, without tables in several dimensions. Such a profile
+/// means the same under every intent but the absolute one.
 struct Shaper {
   int components = 3;  // 3 for RGB, 1 for gray
   std::array<ToneCurve, 3> curves;

@@ -1,13 +1,15 @@
 #include "platform/graphics/surface_memory.h"
 
-#include <sys/mman.h>
-
 #include <cstdlib>
+
+#include <sys/mman.h>
 
 namespace ostra {
 namespace {
 
 constexpr std::size_t hugePage = std::size_t{2} << 20;
+/// No process has more addresses than these; an allocator need not be asked.
+constexpr std::size_t addresses = std::size_t{1} << 47;
 
 /// A large picture touches its pages once each; with small ones that is a quarter of the time of drawing it.
 void preferHugePages(std::uint8_t* memory, std::size_t size) {
@@ -22,6 +24,7 @@ void preferHugePages(std::uint8_t* memory, std::size_t size) {
 void FreeMemory::operator()(std::uint8_t* memory) const { std::free(memory); }
 
 SurfaceMemory allocateSurface(std::size_t size) {
+  if (size >= addresses) return nullptr;
   SurfaceMemory memory(static_cast<std::uint8_t*>(std::calloc(size, 1)));
   if (memory) preferHugePages(memory.get(), size);
   return memory;

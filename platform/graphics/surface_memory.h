@@ -9,7 +9,8 @@ struct FreeMemory {
   void operator()(std::uint8_t* memory) const;
 };
 
-/// Zeroed memory of a drawing surface. Pages cost nothing until they are touched. Null when there is none to be had.
+/// Zeroed memory of a drawing surface. Pages cost nothing until they are touched. Null when there is none to
+/// be had.
 using SurfaceMemory = std::unique_ptr<std::uint8_t, FreeMemory>;
 SurfaceMemory allocateSurface(std::size_t size);
 

@@ -54,7 +54,8 @@ std::optional<ToneCurve> ofParameters(ByteView tag) {
 
 bool rises(const ToneCurve& curve) {
   if (!curve.table.empty()) return true;
-  const bool sound = curve.g > 0 && curve.a > 0 && curve.c >= 0 && curve.a * std::max(curve.d, 0.0) + curve.b >= 0;
+  const bool sound =
+      curve.g > 0 && curve.a > 0 && curve.c >= 0 && curve.a * std::max(curve.d, 0.0) + curve.b >= 0;
   return sound && curve.d < 1 && curve.decode(0) < curve.decode(1) && curve.decode(1) <= 1 + roundingAtWhite;
 }
 
@@ -64,9 +65,10 @@ double decodeTable(const std::vector<double>& table, double value) {
   return std::lerp(table[left], table[left + 1], position - static_cast<double>(left));
 }
 
+/// Where several entries hold one light, the last of them stands for it, as in the colour library.
 double encodeTable(const std::vector<double>& table, double light) {
-  if (light <= table.front()) return 0;
   if (light >= table.back()) return 1;
+  light = std::max(light, table.front());
   const auto right = std::upper_bound(table.begin(), table.end(), light);
   const auto left = right - 1;
   return (static_cast<double>(left - table.begin()) + (light - *left) / (*right - *left)) /

@@ -6,17 +6,18 @@
 
 namespace ostra {
 
-/// A tone curve of an ICC profile, evaluated in double precision: stored value (0 to 1) to light (0 to 1) and back.
-/// Only curves that rise are represented; a profile with any other is left to the colour library.
+/// A tone curve of an ICC profile, evaluated in double precision: stored value (0 to 1) to light (0 to 1) and
+/// back. Only curves that rise are represented; a profile with any other is left to the colour library.
 ///
 /// A formula is light = (a·value + b)^g from the value d upwards, c·value below it: the forms of ICC.1
-/// (parametricCurveType) are this one with some parameters fixed, or have offsets, which nobody's display profile
-/// has and the colour library gets. A table holds light at equal steps of the value.
+/// (parametricCurveType) are this one with some parameters fixed, or have offsets, which nobody's display
+/// profile has and the colour library gets. A table holds light at equal steps of the value.
 struct ToneCurve {
   double g = 1, a = 1, b = 0, c = 0, d = 0;
   std::vector<double> table;
 
-  /// From a tag of type curv or para. Nothing when it is malformed or does not rise from about 0 to at most 1.
+  /// From a tag of type curv or para. Nothing when it is malformed or does not rise from about 0 to at
+  /// most 1.
   static std::optional<ToneCurve> ofTag(ByteView tag);
 
   double decode(double value) const;

@@ -1,14 +1,14 @@
 #include "platform/log/journal.h"
 
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include <atomic>
-#include <cerrno>
-#include <cstring>
 
 #include "platform/log/printable.h"
 
@@ -50,10 +50,12 @@ int sendDatagram(int socket, const std::string& path, Datagram datagram) {
   return sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT) < 0 ? errno : 0;
 }
 
-/// A sealed memory file with these bytes, which the journal accepts in place of a datagram; none on any failure.
+/// A sealed memory file with these bytes, which the journal accepts in place of a datagram; none on any
+/// failure.
 UniqueFd sealedCopy(const std::string& bytes) {
   UniqueFd file(memfd_create("ostra-log", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-  if (!file || ::write(file.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) return {};
+  if (!file || ::write(file.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+    return {};
   const int seals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
   if (fcntl(file.get(), F_ADD_SEALS, seals) != 0) return {};
   return file;
@@ -69,7 +71,9 @@ void writeLineToStandardError(const std::string& text) {
 JournalSink::JournalSink(std::string socketPath)
     : socketPath_(std::move(socketPath)), socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
 
-bool JournalSink::isEnabled(LogLevel level) { return level == LogLevel::error || verbose || journalIsThere(); }
+bool JournalSink::isEnabled(LogLevel level) {
+  return level == LogLevel::error || verbose || journalIsThere();
+}
 
 void JournalSink::write(const std::string& subsystem, const std::string& category, LogLevel level,
                         const LogMessage& message) {

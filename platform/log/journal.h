@@ -7,8 +7,8 @@
 namespace ostra {
 
 /// Sends each line to the system's journal as one structured record, in its native datagram protocol:
-/// `FIELD=value` lines, or for a value of several lines the name, its length (64 bits, little-endian) and the bytes.
-/// Never blocks, never raises a signal; a line that the journal does not take is lost.
+/// `FIELD=value` lines, or for a value of several lines the name, its length (64 bits, little-endian) and the
+/// bytes. Never blocks, never raises a signal; a line that the journal does not take is lost.
 class JournalSink : public LogSink {
  public:
   explicit JournalSink(std::string socketPath = "/run/systemd/journal/socket");

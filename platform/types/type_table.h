@@ -5,8 +5,8 @@
 
 namespace ostra {
 
-/// One declared type. `parents`, `extensions` and `mimeTypes` are lists separated by single blanks, so that the table
-/// can be constant; the preferred entry comes first. A type of no parent is a root.
+/// One declared type. `parents`, `extensions` and `mimeTypes` are lists separated by single blanks, so that
+/// the table can be constant; the preferred entry comes first. A type of no parent is a root.
 struct TypeRow {
   std::string_view identifier;
   std::string_view parents;
@@ -50,8 +50,9 @@ inline constexpr std::array kTypeTable{
     TypeRow{"com.truevision.tga-image", "public.image", "tga", "image/x-tga image/targa"},
     TypeRow{"com.ilm.openexr-image", "public.image", "exr", "image/x-exr"},
     TypeRow{"public.radiance", "public.image", "hdr pic", "image/vnd.radiance"},
-    TypeRow{"public.pbm", "public.image", "pbm pgm ppm pnm",
-            "image/x-portable-bitmap image/x-portable-graymap image/x-portable-pixmap image/x-portable-anymap"},
+    TypeRow{
+        "public.pbm", "public.image", "pbm pgm ppm pnm",
+        "image/x-portable-bitmap image/x-portable-graymap image/x-portable-pixmap image/x-portable-anymap"},
     TypeRow{"public.pvr", "public.image", "pvr", ""},
     TypeRow{"com.microsoft.dds", "public.image", "dds", "image/vnd.ms-dds"},
     TypeRow{"org.khronos.ktx", "public.image", "ktx", "image/ktx"},

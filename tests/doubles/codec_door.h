@@ -14,7 +14,8 @@ class RecordingCodecDoor : public CodecDoor {
     if (openFault) return *openFault;
     return std::make_unique<StubReader>(*this);
   }
-  Answer<Bytes> encode(std::string_view type, const Pixels& /*pixels*/, const Properties* properties) override {
+  Answer<Bytes> encode(std::string_view type, const Pixels& /*pixels*/,
+                       const Properties* properties) override {
     log_.add("door encode " + std::string(type) + (properties != nullptr ? " with properties" : ""));
     if (encodeFault) return *encodeFault;
     return Bytes(type.begin(), type.end());

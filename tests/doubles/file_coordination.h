@@ -4,7 +4,8 @@
 
 namespace ostra::test {
 
-/// A coordinator's service that runs the accessor with the URL it was asked for, or fails before or after that.
+/// A coordinator's service that runs the accessor with the URL it was asked for, or fails before or after
+/// that.
 class RecordingFileCoordination : public FileCoordination {
  public:
   explicit RecordingFileCoordination(CallLog& log) : log_(log) {}

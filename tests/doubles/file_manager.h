@@ -10,8 +10,8 @@ class RecordingFileManager : public NSFileManager {
  public:
   explicit RecordingFileManager(CallLog& log) : log_(log) {}
 
-  URL URLForDirectory(NSSearchPathDirectory directory, NSSearchPathDomainMask domain, const URL& appropriateForURL,
-                      bool create) override {
+  URL URLForDirectory(NSSearchPathDirectory directory, NSSearchPathDomainMask domain,
+                      const URL& appropriateForURL, bool create) override {
     log_.add("make folder " + std::to_string(static_cast<int>(directory)) + " in domain " +
              std::to_string(static_cast<int>(domain)) + " for " + appropriateForURL.path() +
              (create ? ", creating it" : ""));
@@ -19,9 +19,11 @@ class RecordingFileManager : public NSFileManager {
     return URL::fileURLWithPath("/replacement");
   }
 
-  void replaceItemAtURL(const URL& original, const URL& newItem, const std::optional<std::string>& backupItemName,
+  void replaceItemAtURL(const URL& original, const URL& newItem,
+                        const std::optional<std::string>& backupItemName,
                         NSFileManagerItemReplacementOptions options) override {
-    log_.add("replace " + original.path() + " with " + newItem.path() + (backupItemName ? ", with backup" : "") +
+    log_.add("replace " + original.path() + " with " + newItem.path() +
+             (backupItemName ? ", with backup" : "") +
              (options != NSFileManagerItemReplacementOptions::none ? ", with options" : ""));
     replacedVersion = original.fileVersion();
     steps.take();

@@ -19,13 +19,13 @@ class RecordingGraphicsCreation : public GraphicsCreation {
     return substitute != substituteSpaces.end() ? substitute->second : realSpace(name);
   }
 
-  std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height, std::size_t bitsPerComponent,
-                                                 std::size_t bytesPerRow, CGColorSpaceRef space,
-                                                 CGBitmapInfo bitmapInfo) override {
+  std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height,
+                                                 std::size_t bitsPerComponent, std::size_t bytesPerRow,
+                                                 CGColorSpaceRef space, CGBitmapInfo bitmapInfo) override {
     const auto model = space->model();
     log_.add("surface " + std::to_string(width) + "x" + std::to_string(height) + " model " +
-             std::to_string(static_cast<int>(model)) + " bits " + std::to_string(bitsPerComponent) + " info " +
-             std::to_string(bitmapInfo) + (bytesPerRow != 0 ? " with a pitch" : ""));
+             std::to_string(static_cast<int>(model)) + " bits " + std::to_string(bitsPerComponent) +
+             " info " + std::to_string(bitmapInfo) + (bytesPerRow != 0 ? " with a pitch" : ""));
     if (surfaceSteps.refuses() || (bitsPerComponent == 16 && refuse16Bits)) return nullptr;
     const std::size_t components = model == CGColorSpaceModel::monochrome ? 1 : 4;
     return std::make_unique<MemorySurface>(log_,
@@ -38,12 +38,13 @@ class RecordingGraphicsCreation : public GraphicsCreation {
                                            std::move(space), paint);
   }
 
-  CGImageRef image(const CGImage::Format& format, CGColorSpaceRef space, SharedBytes provider, bool shouldInterpolate,
-                   CGColorRenderingIntent intent) override {
+  CGImageRef image(const CGImage::Format& format, CGColorSpaceRef space, SharedBytes provider,
+                   bool shouldInterpolate, CGColorRenderingIntent intent) override {
     log_.add("image of " + std::to_string(provider.view.size()) + " bytes, bits " +
              std::to_string(format.bitsPerComponent) + "/" + std::to_string(format.bitsPerPixel) + " row " +
              std::to_string(format.bytesPerRow) + " info " + std::to_string(format.bitmapInfo) +
-             (shouldInterpolate ? " interpolated" : "") + " intent " + std::to_string(static_cast<int>(intent)));
+             (shouldInterpolate ? " interpolated" : "") + " intent " +
+             std::to_string(static_cast<int>(intent)));
     if (imageSteps.refuses()) return nullptr;
     return std::make_shared<const CGImage>(format, std::move(space), std::move(provider), intent);
   }

@@ -5,9 +5,10 @@
 
 namespace ostra::test {
 
-/// The format of a picture without padding at the end of its rows. `components` counts alpha or a skipped one.
-inline CGImage::Format packedFormat(std::size_t width, std::size_t height, std::size_t bits, std::size_t components,
-                                    CGImageAlphaInfo alpha) {
+/// The format of a picture without padding at the end of its rows. `components` counts alpha or a skipped
+/// one.
+inline CGImage::Format packedFormat(std::size_t width, std::size_t height, std::size_t bits,
+                                    std::size_t components, CGImageAlphaInfo alpha) {
   return {.width = width,
           .height = height,
           .bitsPerComponent = bits,

@@ -30,12 +30,13 @@ class RecordingImageDestinationCreation : public ImageDestinationCreation {
                                              std::size_t count) override {
     log_.add("encode " + std::string(typeIdentifier));
     if (unwritable.count(typeIdentifier) > 0) return nullptr;
-    return std::make_unique<Destination>(*this, data, Encoding{std::string(typeIdentifier), count, nullptr, {}});
+    return std::make_unique<Destination>(*this, data,
+                                         Encoding{std::string(typeIdentifier), count, nullptr, {}});
   }
 
-  std::optional<std::vector<std::string>> writable{{"public.png", "public.jpeg", "public.tiff", "com.compuserve.gif",
-                                                    "public.heic", "public.heif", "public.avif",
-                                                    "public.JPEG"}};
+  std::optional<std::vector<std::string>> writable{{"public.png", "public.jpeg", "public.tiff",
+                                                    "com.compuserve.gif", "public.heic", "public.heif",
+                                                    "public.avif", "public.JPEG"}};
   std::set<std::string, std::less<>> unwritable;
   /// Counts the finished destinations.
   FailingStep finalizing;

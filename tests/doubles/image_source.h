@@ -30,7 +30,8 @@ class StubImageSource : public CGImageSource {
     return contents_.properties;
   }
   CGImageRef createImageAtIndex(std::size_t index, const CGImageSourceOptions& options) override {
-    log_.add("decode " + std::to_string(index) + (options.kCGImageSourceShouldCacheImmediately ? " at once" : ""));
+    log_.add("decode " + std::to_string(index) +
+             (options.kCGImageSourceShouldCacheImmediately ? " at once" : ""));
     if (contents_.failure) std::rethrow_exception(contents_.failure);
     return contents_.image;
   }

@@ -1,4 +1,7 @@
 #pragma once
+#include <chrono>
+#include <thread>
+
 #include "platform/dispatch/queue.h"
 #include "platform/extension/item_provider.h"
 #include "tests/doubles/call_log.h"
@@ -30,6 +33,7 @@ class ScriptedItemProvider : public NSItemProvider {
     log_.add("load item " + std::string(typeIdentifier));
     steps.take();
     globalQueue(QualityOfService::userInitiated).async([this, handler = std::move(completionHandler)] {
+      std::this_thread::sleep_for(itemDelay);
       handler(item, itemError);
     });
   }
@@ -42,6 +46,8 @@ class ScriptedItemProvider : public NSItemProvider {
   bool hasFileURL = false;
   Item item;
   std::exception_ptr itemError{};
+  /// How long the loading of the item takes.
+  std::chrono::milliseconds itemDelay{0};
   /// Counts the loads.
   FailingStep steps;
 

@@ -9,7 +9,8 @@ namespace ostra::test {
 /// What a drawing puts into a surface: the test's own pixels instead of a colour conversion.
 using Paint = std::function<void(CGBitmapContext& surface, const CGImage& image)>;
 
-/// A surface whose rows are padded and which only notes what is done with it. A paint that is empty draws nothing.
+/// A surface whose rows are padded and which only notes what is done with it. A paint that is empty draws
+/// nothing.
 class MemorySurface : public CGBitmapContext {
  public:
   MemorySurface(CallLog& log, const CGImage::Format& format, CGColorSpaceRef space, Paint paint)

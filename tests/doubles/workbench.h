@@ -13,8 +13,8 @@
 
 namespace ostra::test {
 
-/// Every service that a conversion touches, replaced by its double for as long as this lives. No disk, no codec, no
-/// colour conversion, no window.
+/// Every service that a conversion touches, replaced by its double for as long as this lives. No disk, no
+/// codec, no colour conversion, no window.
 struct Workbench {
   CallLog log;
   RecordingBundle bundle{log};

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <new>
+
+#include <gtest/gtest.h>
 
 #include "platform/dispatch/main_loop.h"
 #include "tests/doubles/item_provider.h"
@@ -101,7 +101,8 @@ TEST_F(Batch, RefusesACopyWhereTheFileItselfWouldBeRewritten) {
   addFile("/a.png");
   addProvider("/a.png")->isInPlace = false;
   run(Kind::grayscale);
-  EXPECT_EQ(descriptions(), Strings{"a.png: the file was provided as a copy and cannot be rewritten in place."});
+  EXPECT_EQ(descriptions(),
+            Strings{"a.png: the file was provided as a copy and cannot be rewritten in place."});
   EXPECT_EQ(bench_.log.calls(), Strings{"load in place public.png"}) << "no access, no log line";
 }
 
@@ -176,7 +177,8 @@ TEST_F(Batch, PrefersTheErrorOfTheFileURLToTheEarlierOne) {
   const auto neither = addProvider();
   neither->hasFileURL = true;
   run(Kind::sRGB);
-  EXPECT_EQ(descriptions(), (Strings{"item: posix words", "item: cocoa words", "item: no file was provided."}));
+  EXPECT_EQ(descriptions(),
+            (Strings{"item: posix words", "item: cocoa words", "item: no file was provided."}));
 }
 
 TEST_F(Batch, DoesNotLogTheFailuresOfProviders) {
@@ -208,10 +210,11 @@ TEST_F(Batch, HoldsTheGrantedAccessForTheWholeConversion) {
   addProvider("/none.png");
   run(Kind::jpeg);
   const Strings calls = bench_.log.callsBeginningWith({"start", "open", "write", "log", "stop"});
-  EXPECT_EQ(calls, (Strings{"start access /a.png", "open /a.png uncached", "write /a.jpg",
-                            "log info jpg: wrote a.jpg (sibling)", "stop access /a.png", "start access /none.png",
-                            "open /none.png uncached",
-                            "log error jpg: none.png: not an image ImageIO can read.", "stop access /none.png"}));
+  EXPECT_EQ(calls,
+            (Strings{"start access /a.png", "open /a.png uncached", "write /a.jpg",
+                     "log info jpg: wrote a.jpg (sibling)", "stop access /a.png", "start access /none.png",
+                     "open /none.png uncached", "log error jpg: none.png: not an image ImageIO can read.",
+                     "stop access /none.png"}));
 }
 
 TEST_F(Batch, HoldsTheAccessOnTheWayThroughAFileURLToo) {
@@ -239,6 +242,7 @@ TEST_F(Batch, StartsNoProviderBeforeTheOneBeforeItIsDone) {
   const auto second = addProvider();
   second->hasFileURL = true;
   second->item = URL::fileURLWithPath("/b.png");
+  second->itemDelay = std::chrono::milliseconds(50);
   addProvider("/a.png");
   run(Kind::jpeg);
   EXPECT_EQ(bench_.log.callsBeginningWith({"load", "stop access"}),

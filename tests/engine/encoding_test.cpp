@@ -23,12 +23,19 @@ class Encoding : public EngineOverDoubles {
 Dictionary quality(double value) { return {{std::string(qualityKey), value}}; }
 
 TEST_F(Encoding, StripsThirteenKeysOfTheOldPixelsAndTheOldFile) {
-  const std::vector<std::string_view> stripped{
-      kCGImagePropertyPixelWidth,   kCGImagePropertyPixelHeight,  kCGImagePropertyDepth,
-      kCGImagePropertyHasAlpha,     kCGImagePropertyColorModel,   kCGImagePropertyProfileName,
-      kCGImagePropertyIsIndexed,    kCGImagePropertyIsFloat,      kCGImagePropertyPNGDictionary,
-      kCGImagePropertyFileSize,     kCGImagePropertyFileContentsDictionary,
-      kCGImagePropertyPrimaryImage, kCGImagePropertyImageCount};
+  const std::vector<std::string_view> stripped{kCGImagePropertyPixelWidth,
+                                               kCGImagePropertyPixelHeight,
+                                               kCGImagePropertyDepth,
+                                               kCGImagePropertyHasAlpha,
+                                               kCGImagePropertyColorModel,
+                                               kCGImagePropertyProfileName,
+                                               kCGImagePropertyIsIndexed,
+                                               kCGImagePropertyIsFloat,
+                                               kCGImagePropertyPNGDictionary,
+                                               kCGImagePropertyFileSize,
+                                               kCGImagePropertyFileContentsDictionary,
+                                               kCGImagePropertyPrimaryImage,
+                                               kCGImagePropertyImageCount};
   ASSERT_EQ(stripped.size(), 13u);
   Dictionary tree{{"Orientation", 6}};
   for (const std::string_view key : stripped) tree.insert_or_assign(std::string(key), 1);

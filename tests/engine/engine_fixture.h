@@ -37,23 +37,28 @@ inline NSError cocoaError(std::int64_t code) {
 class EngineOverDoubles : public testing::Test {
  protected:
   /// A named space, without a line in the log.
-  static CGColorSpaceRef space(std::string_view name) { return GraphicsCreation::standard().colorSpaceWithName(name); }
+  static CGColorSpaceRef space(std::string_view name) {
+    return GraphicsCreation::standard().colorSpaceWithName(name);
+  }
   static CGColorSpaceRef sRGB() { return space(kCGColorSpaceSRGB); }
   static CGColorSpaceRef gray() { return space(kCGColorSpaceGenericGrayGamma2_2); }
   static CGColorSpaceRef cmyk() { return space(kCGColorSpaceDeviceCMYK); }
 
-  static CGImageRef opaqueImage() { return makeImage(packedFormat(1, 1, 8, 4, CGImageAlphaInfo::noneSkipLast), sRGB()); }
+  static CGImageRef opaqueImage() {
+    return makeImage(packedFormat(1, 1, 8, 4, CGImageAlphaInfo::noneSkipLast), sRGB());
+  }
   static CGImageRef transparentImage() {
     return makeImage(packedFormat(1, 1, 8, 4, CGImageAlphaInfo::premultipliedLast), sRGB());
   }
 
-  void addFile(const std::string& path, const std::string& type = "public.png", CGImageRef image = opaqueImage(),
-               std::int64_t count = 1) {
+  void addFile(const std::string& path, const std::string& type = "public.png",
+               CGImageRef image = opaqueImage(), std::int64_t count = 1) {
     bench_.sources.files[path] = {.type = type, .count = count, .image = std::move(image)};
   }
   /// The drawing calls so far, from the asking for a surface on.
   Strings drawing() const {
-    return bench_.log.callsBeginningWith({"surface", "fill", "clear", "interpolation", "draw", "image", "make image"});
+    return bench_.log.callsBeginningWith(
+        {"surface", "fill", "clear", "interpolation", "draw", "image", "make image"});
   }
 
   Workbench bench_;

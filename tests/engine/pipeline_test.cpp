@@ -27,14 +27,14 @@ TEST_F(Pipeline, GoesFromTheSourceToTheDiskInItsOrder) {
   addFile("/d/a.png", "public.png", transparentImage());
   bench_.sources.files["/d/a.png"].properties = Properties{{{"Orientation", 6}}, nullptr};
   convert(Kind::sRGB, "/d/a.png");
-  EXPECT_EQ(bench_.log.calls(),
-            (Strings{"open /d/a.png uncached", "decode 0 at once",
-                     "space kCGColorSpaceSRGB", "surface 1x1 model 1 bits 8 info 1", "interpolation 1",
-                     "draw 0 0 1 1", "make image of surface", "properties 0", "encode public.png",
-                     "coordinate /d/a.png option 8",
-                     "make folder 99 in domain 1 for /d/a.png, creating it", "write /replacement/a.png",
-                     "replace /d/a.png with /replacement/a.png", "remove /replacement", "coordinated",
-                     "log info srgb: wrote a.png (in place)", "source released"}));
+  EXPECT_EQ(
+      bench_.log.calls(),
+      (Strings{"open /d/a.png uncached", "decode 0 at once", "space kCGColorSpaceSRGB",
+               "surface 1x1 model 1 bits 8 info 1", "interpolation 1", "draw 0 0 1 1",
+               "make image of surface", "properties 0", "encode public.png", "coordinate /d/a.png option 8",
+               "make folder 99 in domain 1 for /d/a.png, creating it", "write /replacement/a.png",
+               "replace /d/a.png with /replacement/a.png", "remove /replacement", "coordinated",
+               "log info srgb: wrote a.png (in place)", "source released"}));
 }
 
 TEST_F(Pipeline, RefusesWhatIsNoImage) {
@@ -52,7 +52,8 @@ TEST_F(Pipeline, RefusesWhatIsNoImage) {
 
 TEST_F(Pipeline, RefusesSeveralFramesBeforeItDecodes) {
   addFile("/a.gif", "com.compuserve.gif", nullptr, 2);
-  EXPECT_EQ(failure(Kind::sRGB, "/a.gif"), "a.gif: animated or multi-frame images are not rewritten in place.");
+  EXPECT_EQ(failure(Kind::sRGB, "/a.gif"),
+            "a.gif: animated or multi-frame images are not rewritten in place.");
   EXPECT_TRUE(bench_.log.callsBeginningWith({"decode"}).empty());
 }
 

@@ -6,7 +6,8 @@ namespace {
 class Plan : public EngineOverDoubles {
  protected:
   /// The plan in words, or why there is none.
-  static std::string plan(Kind kind, const std::string& path, const std::string& type, std::int64_t frames = 1) {
+  static std::string plan(Kind kind, const std::string& path, const std::string& type,
+                          std::int64_t frames = 1) {
     std::string words;
     const std::string failure = failureOf([&] {
       const auto plan = makeEngine(kind)->makePlan(URL::fileURLWithPath(path), type, frames);
@@ -69,8 +70,8 @@ TEST_F(Plan, DoesNotCountFramesForASibling) {
             "a.tif: animated or multi-frame images are not rewritten in place.");
 }
 
-// No declared type derives from JPEG, but identifiers are known in any case: PUBLIC.JPEG is a JPEG by conformance and
-// another string than the one that can be written.
+// No declared type derives from JPEG, but identifiers are known in any case: PUBLIC.JPEG is a JPEG by
+// conformance and another string than the one that can be written.
 TEST_F(Plan, AsksForConformanceToJPEGHereAndForTheExactWritableNameThere) {
   for (const Kind kind : jpegKinds) {
     EXPECT_EQ(plan(kind, "/a.jpg", "PUBLIC.JPEG"), "/a.jpg public.jpeg in place");
@@ -82,7 +83,9 @@ TEST_F(Plan, AsksForConformanceToJPEGHereAndForTheExactWritableNameThere) {
 
 TEST_F(Plan, ReplacesTheLastExtensionOnly) {
   const auto sibling = [](const std::string& path) {
-    return makeEngine(Kind::invert)->makePlan(URL::fileURLWithPath(path), "no.such.type", 1).destination.path();
+    return makeEngine(Kind::invert)
+        ->makePlan(URL::fileURLWithPath(path), "no.such.type", 1)
+        .destination.path();
   };
   EXPECT_EQ(sibling("/photo.raw.webp"), "/photo.raw.png");
   EXPECT_EQ(sibling("/scan"), "/scan.png");

@@ -1,13 +1,13 @@
-#include <gtest/gtest.h>
-#include <lcms2.h>
-
 #include <cmath>
 #include <cstring>
 
+#include <gtest/gtest.h>
+#include <lcms2.h>
+
 #include "tests/engine/engine_fixture.h"
 
-// The transforms over the platform's own surfaces and colour matching. Expected values follow from the definitions of
-// the spaces; a conversion may differ from them by one step at 8 bits, a copy by nothing.
+// The transforms over the platform's own surfaces and colour matching. Expected values follow from the
+// definitions of the spaces; a conversion may differ from them by one step at 8 bits, a copy by nothing.
 
 namespace ostra::test {
 namespace {
@@ -20,11 +20,12 @@ CGColorSpaceRef gray() { return named(kCGColorSpaceGenericGrayGamma2_2); }
 
 /// A picture of one row.
 template <class Word>
-CGImageRef picture(const std::vector<Word>& words, std::size_t components, Alpha alpha, CGColorSpaceRef space) {
+CGImageRef picture(const std::vector<Word>& words, std::size_t components, Alpha alpha,
+                   CGColorSpaceRef space) {
   Bytes bytes(words.size() * sizeof(Word));
   std::memcpy(bytes.data(), words.data(), bytes.size());
-  return makeImage(packedFormat(words.size() / components, 1, 8 * sizeof(Word), components, alpha), std::move(space),
-                   std::move(bytes));
+  return makeImage(packedFormat(words.size() / components, 1, 8 * sizeof(Word), components, alpha),
+                   std::move(space), std::move(bytes));
 }
 
 using Words8 = std::vector<std::uint8_t>;
@@ -41,7 +42,9 @@ CGImageRef transform(Kind kind, const CGImageRef& image, bool keepAlpha, CGColor
   return makeEngine(kind, std::move(target))->transformImage(image, keepAlpha, "a.png");
 }
 
-double encodeSRGB(double light) { return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055; }
+double encodeSRGB(double light) {
+  return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
 
 /// The bytes of an ICC profile of a Lab space.
 Bytes labProfile() {
@@ -56,7 +59,8 @@ Bytes labProfile() {
 }
 
 TEST(RealPixels, SixteenBitsWithAlphaStaySoInSRGB) {
-  const CGImageRef source = picture<std::uint16_t>({40000, 20000, 1000, 65535, 9, 9, 9, 0}, 4, Alpha::last, sRGB());
+  const CGImageRef source =
+      picture<std::uint16_t>({40000, 20000, 1000, 65535, 9, 9, 9, 0}, 4, Alpha::last, sRGB());
   const CGImageRef result = transform(Kind::sRGB, source, true);
   EXPECT_EQ(result->bitsPerComponent(), 16u);
   EXPECT_EQ(result->bitmapInfo(), 4097u);
@@ -64,7 +68,8 @@ TEST(RealPixels, SixteenBitsWithAlphaStaySoInSRGB) {
 }
 
 TEST(RealPixels, WithoutAlphaTransparencyIsWhite) {
-  const CGImageRef source = picture<std::uint16_t>({40000, 20000, 1000, 65535, 9, 9, 9, 0}, 4, Alpha::last, sRGB());
+  const CGImageRef source =
+      picture<std::uint16_t>({40000, 20000, 1000, 65535, 9, 9, 9, 0}, 4, Alpha::last, sRGB());
   const CGImageRef result = transform(Kind::sRGBJPEG, source, false);
   EXPECT_EQ(result->bitmapInfo(), 4101u);
   const Words16 row = words<std::uint16_t>(result);
@@ -113,7 +118,8 @@ TEST(RealPixels, ANeutralSRGBPixelBecomesTheSameGray) {
 
 TEST(RealPixels, AColourBecomesTheGrayOfItsLuminance) {
   const Words8 row = words<std::uint8_t>(transform(
-      Kind::grayscale, picture<std::uint8_t>({255, 0, 0, 0, 0, 255, 0, 0, 0, 0, 255, 0}, 4, Alpha::noneSkipLast, sRGB()),
+      Kind::grayscale,
+      picture<std::uint8_t>({255, 0, 0, 0, 0, 255, 0, 0, 0, 0, 255, 0}, 4, Alpha::noneSkipLast, sRGB()),
       false));
   // Y of the three primaries as profiles know them, adapted to D50.
   const double luminance[] = {0.2225, 0.7169, 0.0606};
@@ -130,9 +136,9 @@ TEST(RealPixels, AnotherSpaceIsMatchedToSRGB) {
 
 TEST(RealPixels, AProfileConversionMatchesAndCarriesTheProfile) {
   const CGColorSpaceRef adobe = named(kCGColorSpaceAdobeRGB1998);
-  const CGImageRef result = transform(Kind::convertColorProfile,
-                                      picture<std::uint8_t>({128, 128, 128, 0}, 4, Alpha::noneSkipLast, sRGB()), false,
-                                      adobe);
+  const CGImageRef result =
+      transform(Kind::convertColorProfile,
+                picture<std::uint8_t>({128, 128, 128, 0}, 4, Alpha::noneSkipLast, sRGB()), false, adobe);
   EXPECT_EQ(result->colorSpace(), adobe);
   const double light = std::pow((128 / 255.0 + 0.055) / 1.055, 2.4);
   EXPECT_NEAR(words<std::uint8_t>(result)[0], 255 * std::pow(light, 256 / 563.0), 1.0);
@@ -148,8 +154,8 @@ TEST(RealPixels, AProfileOfAnotherModelIsRefused) {
 }
 
 TEST(RealPixels, InvertedGrayWithAlphaIsSRGB) {
-  const CGImageRef result =
-      transform(Kind::invert, picture<std::uint8_t>({100, 128, 0, 0}, 2, Alpha::premultipliedLast, gray()), true);
+  const CGImageRef result = transform(
+      Kind::invert, picture<std::uint8_t>({100, 128, 0, 0}, 2, Alpha::premultipliedLast, gray()), true);
   EXPECT_EQ(result->colorSpace(), sRGB());
   const Words8 row = words<std::uint8_t>(result);
   for (int i = 0; i < 3; ++i) EXPECT_NEAR(row[i], 28, 1) << i;
@@ -157,14 +163,15 @@ TEST(RealPixels, InvertedGrayWithAlphaIsSRGB) {
 }
 
 TEST(RealPixels, InvertedOpaqueGrayStaysGray) {
-  const CGImageRef result = transform(Kind::invert, picture<std::uint8_t>({0, 100, 255}, 1, Alpha::none, gray()), false);
+  const CGImageRef result =
+      transform(Kind::invert, picture<std::uint8_t>({0, 100, 255}, 1, Alpha::none, gray()), false);
   EXPECT_EQ(result->colorSpace(), gray());
   EXPECT_EQ(words<std::uint8_t>(result), (Words8{255, 155, 0}));
 }
 
 TEST(RealPixels, TransparencyThatIsNotKeptIsWhiteBeforeInversionAndBlackAfterIt) {
-  const Words8 row = words<std::uint8_t>(
-      transform(Kind::invert, picture<std::uint8_t>({0, 0, 0, 0, 10, 20, 30, 255}, 4, Alpha::last, sRGB()), false));
+  const Words8 row = words<std::uint8_t>(transform(
+      Kind::invert, picture<std::uint8_t>({0, 0, 0, 0, 10, 20, 30, 255}, 4, Alpha::last, sRGB()), false));
   EXPECT_EQ(Words8(row.begin(), row.begin() + 3), (Words8{0, 0, 0}));
   EXPECT_EQ(Words8(row.begin() + 4, row.begin() + 7), (Words8{245, 235, 225}));
 }
@@ -173,13 +180,15 @@ TEST(RealPixels, InvertedTwiceIsTheSame) {
   const Words16 pixels{0, 1, 2, 65535, 20000, 30000, 40000, 40000, 7, 8, 9, 10};
   const CGImageRef source = picture(pixels, 4, Alpha::premultipliedLast, sRGB());
   const CGImageRef once = transform(Kind::invert, source, true);
-  EXPECT_EQ(words<std::uint16_t>(once), (Words16{65535, 65534, 65533, 65535, 20000, 10000, 0, 40000, 3, 2, 1, 10}));
+  EXPECT_EQ(words<std::uint16_t>(once),
+            (Words16{65535, 65534, 65533, 65535, 20000, 10000, 0, 40000, 3, 2, 1, 10}));
   EXPECT_EQ(words<std::uint16_t>(transform(Kind::invert, once, true)), pixels);
 }
 
 TEST(RealPixels, InvertedCMYKIsSRGB) {
-  const CGImageRef result = transform(
-      Kind::invert, picture<std::uint8_t>({0, 0, 0, 0}, 4, Alpha::none, named(kCGColorSpaceDeviceCMYK)), false);
+  const CGImageRef result =
+      transform(Kind::invert,
+                picture<std::uint8_t>({0, 0, 0, 0}, 4, Alpha::none, named(kCGColorSpaceDeviceCMYK)), false);
   EXPECT_EQ(result->colorSpace(), sRGB());
   const Words8 row = words<std::uint8_t>(result);
   for (int i = 0; i < 3; ++i) EXPECT_NEAR(row[i], 0, 1) << "no ink is white, and inverted black";

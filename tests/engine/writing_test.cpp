@@ -39,10 +39,11 @@ class Writing : public EngineOverDoubles {
 
 TEST_F(Writing, InPlaceGoesThroughAPrivateCopyOfTheSameName) {
   writeInPlace();
-  EXPECT_EQ(bench_.log.calls(),
-            (Strings{"coordinate /d/photo.webp option 8",
-                     "make folder 99 in domain 1 for /d/photo.webp, creating it", "write /replacement/photo.webp",
-                     "replace /d/photo.webp with /replacement/photo.webp", "remove /replacement", "coordinated"}));
+  EXPECT_EQ(
+      bench_.log.calls(),
+      (Strings{"coordinate /d/photo.webp option 8",
+               "make folder 99 in domain 1 for /d/photo.webp, creating it", "write /replacement/photo.webp",
+               "replace /d/photo.webp with /replacement/photo.webp", "remove /replacement", "coordinated"}));
   EXPECT_EQ(bench_.writing.files.at("/replacement/photo.webp"), (Bytes{1, 2, 3}));
 }
 
@@ -154,10 +155,10 @@ TEST_F(Writing, ARefusalOfTheWriteItselfCountsToo) {
 }
 
 TEST_F(Writing, NoOtherErrorIsARefusal) {
-  const std::vector<NSError> others{cocoaError(640),     cocoaError(512),     cocoaError(516),  cocoaError(1),
-                                    cocoaError(13),      posixError(28),      posixError(30),   posixError(513),
-                                    posixError(642),     NSError("Other", 513), NSError("Other", 13),
-                                    NSError("NSPOSIXErrorDomain ", 13)};
+  const std::vector<NSError> others{
+      cocoaError(640), cocoaError(512),       cocoaError(516),      cocoaError(1),
+      cocoaError(13),  posixError(28),        posixError(30),       posixError(513),
+      posixError(642), NSError("Other", 513), NSError("Other", 13), NSError("NSPOSIXErrorDomain ", 13)};
   for (const NSError& error : others) {
     bench_.coordination.errorBefore = error;
     EXPECT_EQ(siblingFailure(), "photo.webp: could not write photo.png: " + error.localizedDescription());
@@ -181,9 +182,10 @@ TEST_F(Writing, AForeignExceptionIsNoRefusal) {
 TEST_F(Writing, TheRefusalIsLoggedBeforeThePanelIsShown) {
   bench_.coordination.errorBefore = posixError(13);
   siblingFailure();
-  const std::string line = "invert: sibling write refused (" + posixError(13).debugDescription() +
-                           "), asking with a save panel";
-  EXPECT_EQ(bench_.log.callsBeginningWith({"log", "save panel"}), (Strings{"log error " + line, "save panel"}));
+  const std::string line =
+      "invert: sibling write refused (" + posixError(13).debugDescription() + "), asking with a save panel";
+  EXPECT_EQ(bench_.log.callsBeginningWith({"log", "save panel"}),
+            (Strings{"log error " + line, "save panel"}));
 }
 
 TEST_F(Writing, ThePanelProposesThePlannedPlace) {
@@ -223,8 +225,8 @@ TEST_F(Writing, TheChosenPlaceIsWrittenAtomicallyAndWithoutCoordination) {
   answerPanel("/elsewhere/chosen.png");
   writeSibling();
   EXPECT_EQ(bench_.log.callsBeginningWith({"coordinate", "save panel", "write"}),
-            (Strings{"coordinate /d/photo.png option 8 presented as /d/photo.png of /d/photo.webp", "save panel",
-                     "write /elsewhere/chosen.png atomically"}));
+            (Strings{"coordinate /d/photo.png option 8 presented as /d/photo.png of /d/photo.webp",
+                     "save panel", "write /elsewhere/chosen.png atomically"}));
 }
 
 TEST_F(Writing, TheChosenPlaceMayFailToo) {
@@ -238,7 +240,8 @@ TEST_F(Writing, TheChosenPlaceMayFailToo) {
 TEST_F(Writing, OnlyOKWithAPlaceIsAChoice) {
   bench_.coordination.errorBefore = posixError(13);
   const URL place = URL::fileURLWithPath("/elsewhere/chosen.png");
-  bench_.renderer.answers = {{NSModalResponseOK, std::nullopt}, {NSModalResponseCancel, place}, {1001, place}};
+  bench_.renderer.answers = {
+      {NSModalResponseOK, std::nullopt}, {NSModalResponseCancel, place}, {1001, place}};
   for (int i = 0; i < 3; ++i) EXPECT_EQ(siblingFailure(), "photo.webp: save cancelled.");
   EXPECT_TRUE(bench_.writing.files.empty());
 }

@@ -1,9 +1,9 @@
 #include "front/error.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "front/batch_report.h"
 #include "platform/dispatch/main_loop.h"
@@ -73,7 +73,8 @@ TEST(BatchError, ListsEveryFailureInTheOrderOfCollection) {
 }
 
 TEST(BatchError, GivesAForeignErrorItsOwnDescription) {
-  const NSError platformError("Some", 9, {{std::string(NSLocalizedDescriptionKey), std::string("The disk is gone.")}});
+  const NSError platformError("Some", 9,
+                              {{std::string(NSLocalizedDescriptionKey), std::string("The disk is gone.")}});
   const auto line = [](const std::exception_ptr& failure) { return description(batchError({failure})); };
   EXPECT_EQ(line(std::make_exception_ptr(platformError)), "The disk is gone.");
   const auto bare = std::make_exception_ptr(NSError("Some", 9));

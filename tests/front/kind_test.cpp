@@ -1,8 +1,8 @@
 #include "front/kind.h"
 
-#include <gtest/gtest.h>
-
 #include <unordered_set>
+
+#include <gtest/gtest.h>
 
 #include "platform/foundation/service.h"
 #include "tests/doubles/bundle.h"

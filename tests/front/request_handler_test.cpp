@@ -40,7 +40,8 @@ class RequestHandler : public testing::Test {
   }
 
   Workbench bench_;
-  std::shared_ptr<RecordingExtensionContext> context_ = std::make_shared<RecordingExtensionContext>(bench_.log);
+  std::shared_ptr<RecordingExtensionContext> context_ =
+      std::make_shared<RecordingExtensionContext>(bench_.log);
 };
 
 TEST_F(RequestHandler, CancelsWithoutAConversion) {

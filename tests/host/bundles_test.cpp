@@ -1,9 +1,9 @@
 #include "host/bundles.h"
 
+#include <filesystem>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <filesystem>
 
 #include "front/kind.h"
 #include "host/usage_error.h"
@@ -34,7 +34,8 @@ TEST_F(BundlesTest, AreListedByNameWithActionAndTitle) {
 }
 
 TEST_F(BundlesTest, AreFoundByTheirAction) {
-  add("x", {{"NIVEQuickAction", "srgb"}, {"NSExtension", Dictionary{{"NSExtensionPrincipalClass", "Handler"}}}});
+  add("x",
+      {{"NIVEQuickAction", "srgb"}, {"NSExtension", Dictionary{{"NSExtensionPrincipalClass", "Handler"}}}});
   EXPECT_EQ(bundleOfAction(folder_.path(), "srgb").principalClassName(), "Handler");
   EXPECT_THROW(bundleOfAction(folder_.path(), "SRGB"), UsageError);
   EXPECT_THROW(bundleOfAction(folder_.path(), "x"), UsageError);
@@ -70,7 +71,8 @@ TEST_F(OwnBundlesTest, AreOneForEachKindUnderItsTitle) {
   for (const OstraQuickActionKind kind : allCases()) {
     const Bundle bundle = bundleOfAction(OSTRA_SOURCE_BUNDLES, rawValue(kind));
     EXPECT_EQ(bundle.displayName(), fallbackTitle(kind));
-    EXPECT_EQ(bundle.info.at("CFBundleIdentifier"), Value("org.ostra.QuickActions." + std::string(rawValue(kind))));
+    EXPECT_EQ(bundle.info.at("CFBundleIdentifier"),
+              Value("org.ostra.QuickActions." + std::string(rawValue(kind))));
   }
 }
 
@@ -80,7 +82,8 @@ TEST_F(OwnBundlesTest, NameThePanelForTheProfileConversionAndTheHandlerForAllOth
     EXPECT_EQ(bundle.principalClassName(),
               hasPanel ? "OstraQuickActionProfileViewController" : "OstraQuickActionRequestHandler");
     const auto& extension = *bundle.info.at("NSExtension").get<Dictionary>();
-    EXPECT_EQ(extension.at("NSExtensionPointIdentifier"), Value(hasPanel ? "com.apple.ui-services" : "com.apple.services"));
+    EXPECT_EQ(extension.at("NSExtensionPointIdentifier"),
+              Value(hasPanel ? "com.apple.ui-services" : "com.apple.services"));
   }
 }
 

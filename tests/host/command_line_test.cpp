@@ -52,7 +52,8 @@ TEST(CommandLine, IsABundleAndItsFiles) {
 }
 
 TEST(CommandLine, TakesOptionsAnywhereBeforeTheDashes) {
-  const CommandLine line = parseCommandLine({"--verbose", "srgb", "a.png", "--ui=none", "--files-from", "-", "b.png"});
+  const CommandLine line =
+      parseCommandLine({"--verbose", "srgb", "a.png", "--ui=none", "--files-from", "-", "b.png"});
   EXPECT_TRUE(line.verbose);
   EXPECT_EQ(line.userInterface, UserInterfaceChoice::none);
   EXPECT_EQ(line.filesFrom, "-");
@@ -60,7 +61,8 @@ TEST(CommandLine, TakesOptionsAnywhereBeforeTheDashes) {
 }
 
 TEST(CommandLine, TakesEveryWordAfterTheDashesAsAName) {
-  const CommandLine line = parseCommandLine({"srgb", "a.png", "--", "--verbose", "-x.png", "--", "--nonsense"});
+  const CommandLine line =
+      parseCommandLine({"srgb", "a.png", "--", "--verbose", "-x.png", "--", "--nonsense"});
   EXPECT_FALSE(line.verbose);
   EXPECT_THAT(line.files, ElementsAre("a.png", "--verbose", "-x.png", "--", "--nonsense"));
 }
@@ -72,7 +74,8 @@ TEST(CommandLine, TakesTheActionAfterTheDashesToo) {
 }
 
 TEST(CommandLine, KeepsNamesThatLookLikeSomethingElse) {
-  const std::vector<std::string> names{"[a,b]", "{}", "%%", "a=b", "/x", "++", "-", "", "list", "a\nb", "\xFF.png"};
+  const std::vector<std::string> names{"[a,b]", "{}", "%%",   "a=b",  "/x",      "++",
+                                       "-",     "",   "list", "a\nb", "\xFF.png"};
   std::vector<std::string> arguments{"srgb"};
   arguments.insert(arguments.end(), names.begin(), names.end());
   EXPECT_EQ(parseCommandLine(arguments).files, names);
@@ -93,7 +96,8 @@ TEST(CommandLine, KnowsEachUserInterface) {
   EXPECT_EQ(parseCommandLine({"--ui=auto", "srgb"}).userInterface, UserInterfaceChoice::automatic);
   EXPECT_EQ(parseCommandLine({"--ui", "desktop", "srgb"}).userInterface, UserInterfaceChoice::desktop);
   EXPECT_EQ(parseCommandLine({"--ui=terminal", "srgb"}).userInterface, UserInterfaceChoice::terminal);
-  EXPECT_EQ(parseCommandLine({"--ui=terminal", "--ui=none", "srgb"}).userInterface, UserInterfaceChoice::none);
+  EXPECT_EQ(parseCommandLine({"--ui=terminal", "--ui=none", "srgb"}).userInterface,
+            UserInterfaceChoice::none);
   EXPECT_THAT(refusal({"--ui=window", "srgb"}), HasSubstr("not “window”"));
 }
 
@@ -116,7 +120,8 @@ TEST(CommandLine, SaysOfCommandsToComeThatTheyAreNotThereYet) {
     EXPECT_THAT(refusal({word}), HasSubstr("does not have the command")) << word;
   }
   EXPECT_THAT(refusal({"integrate", "--remove"}), HasSubstr("does not have the command"));
-  EXPECT_THAT(refusal({"--profile", "Display P3", "convert-color-profile", "a.png"}), HasSubstr("profile conversion"));
+  EXPECT_THAT(refusal({"--profile", "Display P3", "convert-color-profile", "a.png"}),
+              HasSubstr("profile conversion"));
 }
 
 TEST(CommandLine, AdvertisesOnlyWhatIsThere) {
@@ -124,7 +129,8 @@ TEST(CommandLine, AdvertisesOnlyWhatIsThere) {
   for (const char* word : {"--bundle", "--files-from", "--ui", "--verbose", "--version", "list"}) {
     EXPECT_THAT(help, HasSubstr(word));
   }
-  for (const char* word : {"--profile", "profiles", "formats", "integrate"}) EXPECT_THAT(help, Not(HasSubstr(word)));
+  for (const char* word : {"--profile", "profiles", "formats", "integrate"})
+    EXPECT_THAT(help, Not(HasSubstr(word)));
 }
 
 }  // namespace

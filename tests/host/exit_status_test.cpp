@@ -1,8 +1,8 @@
 #include "host/exit_status.h"
 
-#include <gtest/gtest.h>
-
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 #include "front/error.h"
 

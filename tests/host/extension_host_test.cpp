@@ -1,13 +1,13 @@
 #include "host/extension_host.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <csignal>
 #include <functional>
 #include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "host/stop_signals.h"
 #include "host/usage_error.h"
@@ -24,8 +24,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// Loads every file in turn on a background thread, as a real handler does, and then ends the request on the main
-/// queue.
+/// Loads every file in turn on a background thread, as a real handler does, and then ends the request on the
+/// main queue.
 class RecordingHandler : public NSExtensionRequestHandling {
  public:
   void beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> context) override {
@@ -124,7 +124,8 @@ TEST_F(ExtensionHostTest, GivesBackTheErrorOfACancelledRequest) {
 
 TEST_F(ExtensionHostTest, EndsThePictureInWorkAfterASignalAndTouchesNoFurtherOne) {
   const StopSignals signals;
-  static std::shared_ptr<RecordingHandler> keptForever = handler_;
+  static const auto* const keptForever = new std::shared_ptr<RecordingHandler>(handler_);
+  ASSERT_NE(*keptForever, nullptr);
   handler_->whileInWork = [](const std::string& name) {
     if (name != "b.png") return;
     kill(getpid(), SIGTERM);
@@ -155,9 +156,10 @@ TEST_F(ExtensionHostTest, ShowsProgressWhereItIsWatched) {
 }
 
 TEST(PrincipalObject, IsMadeByTheNameInTheBundle) {
-  const PrincipalClass classes[] = {{"Other", nullptr}, {"Recording", []() -> std::shared_ptr<NSExtensionRequestHandling> {
-                                                           return std::make_shared<RecordingHandler>();
-                                                         }}};
+  const PrincipalClass classes[] = {{"Other", nullptr},
+                                    {"Recording", []() -> std::shared_ptr<NSExtensionRequestHandling> {
+                                       return std::make_shared<RecordingHandler>();
+                                     }}};
   EXPECT_NE(dynamic_cast<RecordingHandler*>(makePrincipalObject("Recording", classes).get()), nullptr);
   EXPECT_NE(makePrincipalObject("OstraQuickActionRequestHandler"), nullptr);
 }

@@ -1,17 +1,17 @@
 #include "host/file_item_provider.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <future>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include <chrono>
-#include <csignal>
-#include <cstring>
-#include <filesystem>
-#include <future>
 
 #include "host/stop_signals.h"
 #include "platform/dispatch/main_loop.h"
@@ -44,19 +44,22 @@ class FileItemProviderTest : public testing::Test {
   Loaded load(const std::shared_ptr<FileItemProvider>& item, const std::string& type = "public.image") {
     std::promise<Loaded> promise;
     item->loadInPlaceFileRepresentationForTypeIdentifier(
-        type, [&promise, item](const std::optional<URL>& url, bool isInPlace, const std::exception_ptr& error) {
-          promise.set_value(
-              {url, isInPlace, error, isMainThread(), item->hasItemConformingToTypeIdentifier("public.file-url")});
+        type,
+        [&promise, item](const std::optional<URL>& url, bool isInPlace, const std::exception_ptr& error) {
+          promise.set_value({url, isInPlace, error, isMainThread(),
+                             item->hasItemConformingToTypeIdentifier("public.file-url")});
         });
     return waitFor(promise);
   }
 
-  Loaded loadItem(const std::shared_ptr<FileItemProvider>& item, const std::string& type = "public.file-url") {
+  Loaded loadItem(const std::shared_ptr<FileItemProvider>& item,
+                  const std::string& type = "public.file-url") {
     std::promise<Loaded> promise;
     item->loadItemForTypeIdentifier(
         type, [&promise](const NSItemProvider::Item& loaded, const std::exception_ptr& error) {
           const URL* url = std::get_if<URL>(&loaded);
-          promise.set_value({url == nullptr ? std::nullopt : std::optional<URL>(*url), false, error, isMainThread()});
+          promise.set_value(
+              {url == nullptr ? std::nullopt : std::optional<URL>(*url), false, error, isMainThread()});
         });
     return waitFor(promise);
   }
@@ -87,9 +90,12 @@ class FileItemProviderTest : public testing::Test {
 };
 
 TEST_F(FileItemProviderTest, RegistersTheTypeOfTheExtensionAndTheFileURL) {
-  EXPECT_THAT(provider("/x/a.PNG")->registeredTypeIdentifiers(), ElementsAre("public.png", "public.file-url"));
-  EXPECT_THAT(provider("/x/a.jpg")->registeredTypeIdentifiers(), ElementsAre("public.jpeg", "public.file-url"));
-  EXPECT_THAT(provider("/x/a.txt")->registeredTypeIdentifiers(), ElementsAre("public.data", "public.file-url"));
+  EXPECT_THAT(provider("/x/a.PNG")->registeredTypeIdentifiers(),
+              ElementsAre("public.png", "public.file-url"));
+  EXPECT_THAT(provider("/x/a.jpg")->registeredTypeIdentifiers(),
+              ElementsAre("public.jpeg", "public.file-url"));
+  EXPECT_THAT(provider("/x/a.txt")->registeredTypeIdentifiers(),
+              ElementsAre("public.data", "public.file-url"));
   EXPECT_THAT(provider("/x/png")->registeredTypeIdentifiers(), ElementsAre("public.data", "public.file-url"));
 }
 
@@ -240,7 +246,8 @@ TEST_F(FileItemProviderTest, CallsNobodyBackAfterASignal) {
   std::atomic<bool> called{false};
   provider(addFile("a.png"))
       ->loadInPlaceFileRepresentationForTypeIdentifier(
-          "public.image", [&called](const std::optional<URL>&, bool, const std::exception_ptr&) { called = true; });
+          "public.image",
+          [&called](const std::optional<URL>&, bool, const std::exception_ptr&) { called = true; });
   MainLoop::run();
   EXPECT_FALSE(called);
 }

@@ -22,10 +22,13 @@ class FileListTest : public testing::Test {
 };
 
 TEST_F(FileListTest, HoldsAnyNameUpToTheNextNul) {
-  EXPECT_THAT(read(std::string_view("a.png\0-b c.png\0d\ne.png\0", 22)), ElementsAre("a.png", "-b c.png", "d\ne.png"));
+  EXPECT_THAT(read(std::string_view("a.png\0-b c.png\0d\ne.png\0", 22)),
+              ElementsAre("a.png", "-b c.png", "d\ne.png"));
 }
 
-TEST_F(FileListTest, NeedsNoNulAtItsEnd) { EXPECT_THAT(read(std::string_view("a\0b", 3)), ElementsAre("a", "b")); }
+TEST_F(FileListTest, NeedsNoNulAtItsEnd) {
+  EXPECT_THAT(read(std::string_view("a\0b", 3)), ElementsAre("a", "b"));
+}
 
 TEST_F(FileListTest, SkipsEmptyNames) {
   EXPECT_THAT(read(std::string_view("\0\0a\0\0b\0\0", 8)), ElementsAre("a", "b"));

@@ -1,12 +1,12 @@
 #include "host/housekeeping.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/temporary_folder.h"
 

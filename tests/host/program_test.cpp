@@ -1,10 +1,11 @@
+#include "tests/support/program.h"
+
+#include <filesystem>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-
-#include "tests/support/program.h"
 #include "tests/support/temporary_folder.h"
 
 namespace ostra {
@@ -72,10 +73,11 @@ TEST_F(ProgramTest, RefusesTheProfileConversionUntilItIsThere) {
 // The handler refuses this kind, which is the panel's; the host tells the user.
 TEST_F(ProgramTest, SaysOnceThatABundleIsNotConfigured) {
   std::filesystem::create_directory(folder_.path("b"));
-  test::writeFile(folder_.path("b/Info.plist"),
-                  "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>NIVEQuickAction</key><string>sepia</string>"
-                  "<key>NSExtension</key><dict><key>NSExtensionPrincipalClass</key>"
-                  "<string>OstraQuickActionRequestHandler</string></dict></dict></plist>");
+  test::writeFile(
+      folder_.path("b/Info.plist"),
+      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>NIVEQuickAction</key><string>sepia</string>"
+      "<key>NSExtension</key><dict><key>NSExtensionPrincipalClass</key>"
+      "<string>OstraQuickActionRequestHandler</string></dict></dict></plist>");
   const ProgramResult result = ostra({"--bundle", folder_.path("b"), "a.png"});
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.errors,
@@ -106,7 +108,8 @@ TEST_F(ProgramTest, TakesFurtherPathsFromStandardInput) {
 }
 
 TEST_F(ProgramTest, SaysThatItsOutputCouldNotBeWritten) {
-  const ProgramResult result = test::runProgram({"sh", "-c", std::string(OSTRA_PROGRAM) + " list >/dev/full"});
+  const ProgramResult result =
+      test::runProgram({"sh", "-c", std::string(OSTRA_PROGRAM) + " list >/dev/full"});
   EXPECT_EQ(result.status, 2);
   EXPECT_THAT(result.errors, HasSubstr("could not be written"));
 }
@@ -116,7 +119,8 @@ TEST_F(ProgramTest, DoesNotMistakeAFileForAMissingStandardStream) {
   test::writeFile(folder_.path("text.png"), "not a picture");
   ProgramOptions options;
   options.environment = {"XDG_CACHE_HOME=" + cache_.path()};
-  const std::string command = std::string(OSTRA_PROGRAM) + " invert " + folder_.path("text.png") + " <&- >&- 2>&-";
+  const std::string command =
+      std::string(OSTRA_PROGRAM) + " invert " + folder_.path("text.png") + " <&- >&- 2>&-";
   EXPECT_EQ(test::runProgram({"sh", "-c", command}, options).status, 1);
   const Bytes bytes = test::readFile(folder_.path("text.png"));
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "not a picture");

@@ -1,11 +1,11 @@
 #include "host/progress_reporter.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <optional>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "platform/appkit/renderer.h"
 #include "platform/dispatch/main_loop.h"
@@ -27,7 +27,8 @@ class ProgressRenderer : public Renderer {
   SavePanelAnswer run(const NSSavePanel&) override { return {}; }
   void progress(const Progress& progress) override {
     EXPECT_TRUE(isMainThread());
-    drawn.push_back(std::to_string(progress.done) + "/" + std::to_string(progress.total) + " " + progress.name);
+    drawn.push_back(std::to_string(progress.done) + "/" + std::to_string(progress.total) + " " +
+                    progress.name);
   }
   std::vector<std::string> drawn;
 };

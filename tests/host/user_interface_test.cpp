@@ -1,8 +1,8 @@
 #include "host/user_interface.h"
 
-#include <gtest/gtest.h>
-
 #include <csignal>
+
+#include <gtest/gtest.h>
 
 #include "host/stop_signals.h"
 

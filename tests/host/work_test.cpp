@@ -1,12 +1,12 @@
 #include "host/work.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "host/stop_signals.h"
 #include "platform/dispatch/main_loop.h"
@@ -45,7 +45,8 @@ TEST(StopSignals, LeaveASignalIgnoredThatTheParentHadIgnored) {
 
 TEST(Work, TellsWhichItemIsInWork) {
   std::vector<std::string> told;
-  Work work([&told](std::size_t index, const std::string& name) { told.push_back(std::to_string(index) + name); });
+  Work work(
+      [&told](std::size_t index, const std::string& name) { told.push_back(std::to_string(index) + name); });
   work.run(0, "a", [&told] { told.push_back("work"); });
   work.run(1, "b", [] {});
   EXPECT_THAT(told, ElementsAre("0a", "work", "1b"));
@@ -57,6 +58,19 @@ TEST(Work, BeginsNothingAfterASignalAndStopsTheMainLoop) {
   std::raise(SIGTERM);
   bool ran = false;
   work.run(0, "a", [&ran] { ran = true; });
+  EXPECT_FALSE(ran);
+  MainLoop::run();  // returns
+}
+
+// The main thread then leaves, and nothing may begin behind its back.
+TEST(Work, BeginsNothingEvenWhenTheSignalIsForgotten) {
+  Work work({});
+  {
+    const StopSignals signals;
+    work.run(0, "a", [] { std::raise(SIGTERM); });
+  }
+  bool ran = false;
+  work.run(1, "b", [&ran] { ran = true; });
   EXPECT_FALSE(ran);
   MainLoop::run();  // returns
 }

@@ -38,7 +38,8 @@ class OnAnotherPlatform : public testing::Test {
     MainLoop::run();
   }
 
-  std::shared_ptr<RecordingExtensionContext> context_ = std::make_shared<RecordingExtensionContext>(standInLog());
+  std::shared_ptr<RecordingExtensionContext> context_ =
+      std::make_shared<RecordingExtensionContext>(standInLog());
 };
 
 TEST_F(OnAnotherPlatform, ARequestRunsFromItsBeginningToItsEnd) {
@@ -59,7 +60,8 @@ TEST_F(OnAnotherPlatform, ARequestRunsFromItsBeginningToItsEnd) {
 TEST_F(OnAnotherPlatform, AFailureIsShownAndCancelsTheRequest) {
   addFile("/notes.txt");
   perform("grayscale-jpg");
-  EXPECT_EQ(standInLog().callsBeginningWith({"alert", "cancel"}), (std::vector<std::string>{"alert", "cancel 1"}));
+  EXPECT_EQ(standInLog().callsBeginningWith({"alert", "cancel"}),
+            (std::vector<std::string>{"alert", "cancel 1"}));
   EXPECT_EQ(standIn<RecordingRenderer>().alerts.at(0).informativeText,
             "notes.txt: not an image ImageIO can read.");
 }

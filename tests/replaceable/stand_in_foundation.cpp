@@ -86,12 +86,13 @@ void writeToURL(ByteView data, const URL& url, NSDataWritingOptions options) {
   test::standIn<test::RecordingDataWriting>().write(data, url, options);
 }
 
-NSFileCoordinator::NSFileCoordinator(std::shared_ptr<NSFilePresenter> presenter) : presenter_(std::move(presenter)) {}
+NSFileCoordinator::NSFileCoordinator(std::shared_ptr<NSFilePresenter> presenter)
+    : presenter_(std::move(presenter)) {}
 std::optional<NSError> NSFileCoordinator::coordinateWritingItemAtURL(const URL& url,
                                                                      NSFileCoordinatorWritingOptions options,
                                                                      const Accessor& byAccessor) {
   return test::standIn<test::RecordingFileCoordination>().coordinateWriting(presenter_.get(), url, options,
-                                                                             byAccessor);
+                                                                            byAccessor);
 }
 
 }  // namespace ostra

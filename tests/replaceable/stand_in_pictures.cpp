@@ -10,7 +10,9 @@ namespace {
 test::RecordingGraphicsCreation& graphics() { return test::standIn<test::RecordingGraphicsCreation>(); }
 }  // namespace
 
-std::optional<std::uint64_t> checkedProduct(std::uint64_t a, std::uint64_t b, std::uint64_t c) { return a * b * c; }
+std::optional<std::uint64_t> checkedProduct(std::uint64_t a, std::uint64_t b, std::uint64_t c) {
+  return a * b * c;
+}
 
 SharedBytes SharedBytes::adopt(Bytes bytes) {
   const auto owner = std::make_shared<const Bytes>(std::move(bytes));
@@ -32,22 +34,26 @@ CGColorSpaceRef CGColorSpace::createWithName(std::string_view name) {
 }
 GraphicsCreation& GraphicsCreation::standard() { return graphics(); }
 
-CGImage::CGImage(const Format& format, CGColorSpaceRef space, SharedBytes provider, CGColorRenderingIntent intent)
+CGImage::CGImage(const Format& format, CGColorSpaceRef space, SharedBytes provider,
+                 CGColorRenderingIntent intent)
     : format_(format), space_(std::move(space)), pixels_(std::move(provider)), intent_(intent) {}
 CGImageAlphaInfo CGImage::alphaInfo() const {
   return static_cast<CGImageAlphaInfo>(format_.bitmapInfo & kCGBitmapAlphaInfoMask);
 }
-CGImageRef CGImage::create(const Format& format, CGColorSpaceRef space, SharedBytes provider, bool shouldInterpolate,
-                           CGColorRenderingIntent intent) {
+CGImageRef CGImage::create(const Format& format, CGColorSpaceRef space, SharedBytes provider,
+                           bool shouldInterpolate, CGColorRenderingIntent intent) {
   return graphics().image(format, std::move(space), std::move(provider), shouldInterpolate, intent);
 }
 
 std::unique_ptr<CGBitmapContext> CGBitmapContext::create(std::size_t width, std::size_t height,
-                                                         std::size_t bitsPerComponent, std::size_t bytesPerRow,
-                                                         CGColorSpaceRef space, CGBitmapInfo bitmapInfo) {
+                                                         std::size_t bitsPerComponent,
+                                                         std::size_t bytesPerRow, CGColorSpaceRef space,
+                                                         CGBitmapInfo bitmapInfo) {
   return graphics().bitmapContext(width, height, bitsPerComponent, bytesPerRow, std::move(space), bitmapInfo);
 }
-CGImageRef CGBitmapContext::createImage(std::unique_ptr<CGBitmapContext> context) { return context->takeImage(); }
+CGImageRef CGBitmapContext::createImage(std::unique_ptr<CGBitmapContext> context) {
+  return context->takeImage();
+}
 
 // Properties are a tree without a carrier.
 
@@ -59,13 +65,15 @@ bool Properties::remove(std::string_view key) {
 }
 bool Properties::empty() const { return tree.empty(); }
 
-std::unique_ptr<CGImageSource> CGImageSource::createWithURL(const URL& url, const CGImageSourceOptions& options) {
+std::unique_ptr<CGImageSource> CGImageSource::createWithURL(const URL& url,
+                                                            const CGImageSourceOptions& options) {
   return test::standIn<test::RecordingImageSourceOpening>().open(url, options);
 }
 std::optional<std::vector<std::string>> CGImageDestinationCopyTypeIdentifiers() {
   return test::standIn<test::RecordingImageDestinationCreation>().typeIdentifiers();
 }
-std::unique_ptr<CGImageDestination> CGImageDestination::createWithData(Bytes& data, std::string_view typeIdentifier,
+std::unique_ptr<CGImageDestination> CGImageDestination::createWithData(Bytes& data,
+                                                                       std::string_view typeIdentifier,
                                                                        std::size_t count) {
   return test::standIn<test::RecordingImageDestinationCreation>().create(data, typeIdentifier, count);
 }

@@ -15,7 +15,9 @@ namespace ostra {
 
 NSExtensionItem::NSExtensionItem(std::vector<std::shared_ptr<NSItemProvider>> attachments)
     : attachments_(std::move(attachments)) {}
-const std::vector<std::shared_ptr<NSItemProvider>>& NSExtensionItem::attachments() const { return attachments_; }
+const std::vector<std::shared_ptr<NSItemProvider>>& NSExtensionItem::attachments() const {
+  return attachments_;
+}
 
 // Queues.
 
@@ -112,12 +114,15 @@ void NSSavePanel::setNameFieldStringValue(std::string name) { name_ = std::move(
 void NSSavePanel::setDirectoryURL(URL directory) { directory_ = std::move(directory); }
 void NSSavePanel::setAllowedContentTypes(std::vector<UTType> types) { types_ = std::move(types); }
 void NSSavePanel::setCanCreateDirectories(bool allowed) { canCreateDirectories_ = allowed; }
-NSModalResponse NSSavePanel::runModal() { return test::standIn<test::RecordingRenderer>().run(*this).response; }
+NSModalResponse NSSavePanel::runModal() {
+  return test::standIn<test::RecordingRenderer>().run(*this).response;
+}
 
 // Types: the five that the actions name.
 
 namespace {
-constexpr const char* typeIdentifiers[] = {"public.image", "public.png", "public.jpeg", "public.heic", "public.heif"};
+constexpr const char* typeIdentifiers[] = {"public.image", "public.png", "public.jpeg", "public.heic",
+                                           "public.heif"};
 }
 
 UTType UTType::image() { return UTType(0); }

@@ -39,9 +39,9 @@ std::string lowered(std::string text) {
 
 bool isAllowed(const std::vector<UTType>& types, const std::string& extension) {
   return types.empty() || std::any_of(types.begin(), types.end(), [&extension](const UTType& type) {
-    const std::vector<std::string> known = type.filenameExtensions();
-    return std::find(known.begin(), known.end(), lowered(extension)) != known.end();
-  });
+           const std::vector<std::string> known = type.filenameExtensions();
+           return std::find(known.begin(), known.end(), lowered(extension)) != known.end();
+         });
 }
 
 /// The first extension that any of the types has, with its dot; empty when none has one.
@@ -53,8 +53,8 @@ std::string preferredExtension(const std::vector<UTType>& types) {
   return "";
 }
 
-/// The file that an answer names: in a folder under the proposed name, and of an allowed type, whose extension is
-/// put after a name that has another.
+/// The file that an answer names: in a folder under the proposed name, and of an allowed type, whose
+/// extension is put after a name that has another.
 std::string fileFor(const NSSavePanel& panel, const std::string& answer) {
   fs::path file = answer.empty() ? proposal(panel) : withHome(answer);
   if (isFolder(file) || !file.has_filename()) file /= panel.nameFieldStringValue();

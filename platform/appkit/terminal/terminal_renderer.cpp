@@ -1,10 +1,10 @@
 #include "platform/appkit/terminal/terminal_renderer.h"
 
+#include <algorithm>
+
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
-
-#include <algorithm>
 
 #include "platform/appkit/plain_text.h"
 #include "platform/appkit/terminal/save_question.h"

@@ -8,8 +8,9 @@
 
 namespace ostra {
 
-/// Shows everything as text. Questions and the progress bar go to the controlling terminal, whatever the standard
-/// streams are; failures go to standard error. A question that a signal interrupts counts as cancelled.
+/// Shows everything as text. Questions and the progress bar go to the controlling terminal, whatever the
+/// standard streams are; failures go to standard error. A question that a signal interrupts counts as
+/// cancelled.
 class TerminalRenderer : public Renderer {
  public:
   explicit TerminalRenderer(const std::string& terminal = "/dev/tty");

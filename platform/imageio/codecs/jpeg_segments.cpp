@@ -4,6 +4,7 @@
 #include <map>
 
 #include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/extended_xmp.h"
 #include "platform/imageio/metadata/text_encoding.h"
 
 namespace ostra {
@@ -92,6 +93,41 @@ class ProfileParts {
   bool consistent_ = true;
 };
 
+// The second part of an XMP packet, in segments that tell a name, the whole size and their offset.
+class ExtensionParts {
+ public:
+  void add(ByteView segment) {
+    constexpr std::size_t kHead = 32 + 4 + 4;
+    if (segment.size() <= kHead) return;
+    Extension& extension = extensions_[std::string(asText(segment.first(32)))];
+    extension.size = bigEndian32(segment, 32);
+    extension.parts.emplace(bigEndian32(segment, 36), segment.subspan(kHead));
+  }
+  // The whole extension that the packet names, or nothing.
+  Bytes namedIn(const Bytes& packet) const {
+    for (const auto& [name, extension] : extensions_) {
+      if (asText(packet).find(name) != std::string_view::npos) return extension.joined();
+    }
+    return {};
+  }
+
+ private:
+  struct Extension {
+    std::size_t size = 0;
+    std::map<std::uint32_t, ByteView> parts;
+
+    Bytes joined() const {
+      Bytes bytes;
+      for (const auto& [offset, part] : parts) {
+        if (offset != bytes.size() || part.size() > size - offset) return {};
+        bytes.insert(bytes.end(), part.begin(), part.end());
+      }
+      return bytes.size() == size ? bytes : Bytes();
+    }
+  };
+  std::map<std::string, Extension> extensions_;
+};
+
 class Collector {
  public:
   explicit Collector(const Limits& limits) : metadataLeft_(limits.metadataBytes) {}
@@ -111,7 +147,13 @@ class Collector {
       segments.comments.push_back(utf8FromUnknown(asText(text)));
     }
   }
-  const ProfileParts& profile() const { return profile_; }
+  // What lay in parts.
+  void finish(JpegSegments& segments, const Limits& limits) const {
+    segments.icc = profile_.joined(limits.profileBytes);
+    const Bytes extension = extension_.namedIn(segments.xmp);
+    if (extension.empty()) return;
+    if (auto whole = joinXmp(segments.xmp, extension)) segments.xmp = std::move(*whole);
+  }
 
  private:
   static std::optional<ByteView> after(ByteView data, std::string_view head) {
@@ -130,6 +172,7 @@ class Collector {
     // Some writers leave a second, older block behind; readers take the first.
     if (const auto rest = after(data, kJpegExifHead); rest && segments.exif.empty()) append(segments.exif, *rest);
     if (const auto rest = after(data, kJpegXmpHead); rest && segments.xmp.empty()) append(segments.xmp, *rest);
+    if (const auto rest = after(data, kJpegExtendedXmpHead); rest && fits(*rest)) extension_.add(*rest);
   }
   void takeProfileOrIndex(ByteView data, JpegSegments& segments) {
     if (const auto rest = after(data, kJpegIccHead)) profile_.add(*rest);
@@ -139,6 +182,7 @@ class Collector {
 
   std::size_t metadataLeft_;
   ProfileParts profile_;
+  ExtensionParts extension_;
 };
 
 }  // namespace
@@ -149,7 +193,7 @@ JpegSegments readJpegSegments(ByteView file, const Limits& limits) {
   Collector collector(limits);
   SegmentWalk walk(file);
   while (const auto segment = walk.next()) collector.take(*segment, segments);
-  segments.icc = collector.profile().joined(limits.profileBytes);
+  collector.finish(segments, limits);
   segments.pictures = std::min(segments.pictures, std::max(limits.frames, 1u));
   return segments;
 }

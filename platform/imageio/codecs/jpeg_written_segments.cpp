@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/extended_xmp.h"
 #include "platform/imageio/codecs/jpeg_segments.h"
 #include "platform/imageio/codecs/written_profile.h"
 #include "platform/imageio/metadata/carrier.h"
@@ -44,9 +46,29 @@ bool addExif(Segments& segments, Bytes block) {
   return true;
 }
 
+void addXmpExtension(Segments& segments, const SplitXmp& split) {
+  constexpr std::size_t kNumbers = 32 + 4 + 4;
+  std::size_t offset = 0;
+  for (const ByteView piece : pieces(split.extension, kJpegSegmentRoom - kJpegExtendedXmpHead.size() - kNumbers)) {
+    Bytes block(split.name.begin(), split.name.end());
+    appendBigEndian32(block, static_cast<std::uint32_t>(split.extension.size()));
+    appendBigEndian32(block, static_cast<std::uint32_t>(offset));
+    block.insert(block.end(), piece.begin(), piece.end());
+    add(segments, kApp1, kJpegExtendedXmpHead, block);
+    offset += piece.size();
+  }
+}
+
+// A packet too large for a segment that cannot be taken apart goes alone; the rest of the metadata stays.
 void addXmp(Segments& segments, ByteView packet) {
-  if (packet.empty() || packet.size() > kJpegSegmentRoom - kJpegXmpHead.size()) return;
-  add(segments, kApp1, kJpegXmpHead, packet);
+  const std::size_t room = kJpegSegmentRoom - kJpegXmpHead.size();
+  if (packet.empty()) return;
+  if (packet.size() <= room) {
+    add(segments, kApp1, kJpegXmpHead, packet);
+  } else if (const auto split = splitXmp(packet, room)) {
+    add(segments, kApp1, kJpegXmpHead, split->packet);
+    addXmpExtension(segments, *split);
+  }
 }
 
 void addPhotoshop(Segments& segments, const MetadataBlocks& blocks) {
@@ -80,8 +102,8 @@ std::optional<Segments> jpegSegmentsToWrite(const Pixels& pixels, const Properti
     blocks = std::move(*patched);
   }
   if (!addExif(segments, std::move(blocks.exif))) return std::nullopt;
-  addXmp(segments, blocks.xmp);
   addPhotoshop(segments, blocks);
+  addXmp(segments, blocks.xmp);
   if (!addProfile(segments, *profile)) return std::nullopt;
   for (const std::string& comment : blocks.comments) {
     for (const ByteView piece : pieces(asBytes(comment), kJpegSegmentRoom)) add(segments, kComment, {}, piece);

@@ -12,8 +12,8 @@ struct JpegWrittenSegment {
   Bytes data;
 };
 
-/// The segments after JFIF's, in the order in which readers expect them: Exif, XMP, Photoshop with the IPTC records,
-/// the profile, comments. Blocks that one segment does not hold continue in further ones; Exif, which may not,
+/// The segments after JFIF's, in the order in which readers expect them: Exif, Photoshop with the IPTC
+/// records, XMP, the profile, comments. Blocks that one segment does not hold continue in further ones; Exif, which may not,
 /// sheds. Nothing when the profile or the Exif block is malformed.
 std::optional<std::vector<JpegWrittenSegment>> jpegSegmentsToWrite(const Pixels& pixels,
                                                                    const Properties* properties);

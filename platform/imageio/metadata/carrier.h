@@ -26,8 +26,8 @@ class Carrier {
   Bytes photoshopResources;
   /// Comments of the file that belong to no group.
   std::vector<std::string> comments;
-  /// Keyword and text of what a format stores under keywords that no group knows. Written back by formats that have
-  /// such a place, left out by others.
+  /// Keyword and text of what a format stores under keywords that no group knows. Written back by formats
+  /// that have such a place, left out by others.
   std::vector<std::pair<std::string, std::string>> texts;
   /// The tree as it was read; what the tree handed to a writer is compared with.
   Dictionary tree;

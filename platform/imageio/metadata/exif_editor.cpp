@@ -137,6 +137,27 @@ void ExifEditor::dropThumbnails() {
   settle();
 }
 
+void ExifEditor::dropDangling() {
+  const bool interopIsThere = structure_.find(IfdKind::interop) != nullptr;
+  std::vector<std::pair<IfdKind, std::uint16_t>> dangling;
+  for (const Ifd& ifd : structure_.ifds) {
+    if (ifd.kind == IfdKind::thumbnail) continue;
+    for (const ExifEntry& entry : ifd.entries) {
+      const bool outside = !entry.value && sizeOfType(entry.type) != 0 && entry.count != 0;
+      const bool toNowhere = ifd.kind == IfdKind::exif && entry.tag == kInteropPointer && !interopIsThere;
+      if (outside || toNowhere) dangling.emplace_back(ifd.kind, entry.tag);
+    }
+  }
+  for (const auto& [kind, tag] : dangling) {
+    const ExifEntry* first = find(kind, tag);
+    if (first && first->value && tag != kInteropPointer) {
+      removeDuplicates(kind, tag);
+    } else {
+      removeTag(kind, tag);
+    }
+  }
+}
+
 void ExifEditor::removeEntry(const Ifd& ifd, const ExifEntry& entry) {
   free(entry);
   const std::size_t end = ifd.range().end();
@@ -157,10 +178,11 @@ void ExifEditor::removeTag(IfdKind kind, std::uint16_t tag) {
 
 void ExifEditor::removeDirectory(IfdKind kind) {
   const Ifd* ifd = structure_.find(kind);
-  if (!ifd || (kind != IfdKind::exif && kind != IfdKind::gps)) return;
+  if (!ifd || kind == IfdKind::tiff || kind == IfdKind::thumbnail) return;
   free(*ifd);
   const Ifd* interop = kind == IfdKind::exif ? structure_.find(IfdKind::interop) : nullptr;
   if (interop) free(*interop);
+  if (kind == IfdKind::interop) return removeTag(IfdKind::exif, kInteropPointer);
   removeTag(IfdKind::tiff, kind == IfdKind::exif ? kExifPointer : kGpsPointer);
 }
 

@@ -24,9 +24,11 @@ class ExifEditor {
   const ExifEntry* find(IfdKind kind, std::uint16_t tag) const;
 
   void dropThumbnails();
-  /// Every entry of the tag, with its value. A directory of Exif or GPS that runs empty goes too.
+  /// Removes entries that point behind the end of the block, where a longer block would give them a meaning.
+  void dropDangling();
+  /// Every entry of the tag, with its value. A directory below the first that runs empty goes too.
   void removeTag(IfdKind kind, std::uint16_t tag);
-  /// A directory of Exif or GPS, and what hangs on it.
+  /// A directory below the first one, and what hangs on it.
   void removeDirectory(IfdKind kind);
   /// In place where it fits, else at the end. A new entry, or a new directory, is laid down by `finish`.
   void set(IfdKind kind, ExifField field);

@@ -138,19 +138,33 @@ Dictionary withSize(Dictionary tree, const WrittenPicture& picture) {
   return tree;
 }
 
+/// What a block is patched by.
+struct Patch {
+  const Dictionary& before;
+  const Dictionary& after;
+  const WrittenPicture& picture;
+};
+
+std::optional<Bytes> applied(ExifEditor editor, const Patch& patch) {
+  editor.dropThumbnails();
+  for (const ExifGroup& group : exifGroups()) patchGroup(editor, group, patch.before, patch.after);
+  patchOrientation(editor, patch.before, patch.after);
+  patchSize(editor, patch.picture);
+  return std::move(editor).finish();
+}
+
 }  // namespace
 
 std::optional<Bytes> patchExif(const Bytes& block, const Dictionary& before, const Dictionary& after,
                                const WrittenPicture& picture) {
-  auto editor = block.empty() ? ExifEditor::fresh() : ExifEditor::open(block);
+  if (block.empty()) return applied(ExifEditor::fresh(), {{}, withSize(after, picture), picture});
+  auto editor = ExifEditor::open(block);
   if (!editor) return std::nullopt;
-  editor->dropThumbnails();
-  const Dictionary old = block.empty() ? Dictionary() : before;
-  const Dictionary now = block.empty() ? withSize(after, picture) : after;
-  for (const ExifGroup& group : exifGroups()) patchGroup(*editor, group, old, now);
-  patchOrientation(*editor, old, now);
-  patchSize(*editor, picture);
-  return std::move(*editor).finish();
+  const Patch patch{before, after, picture};
+  auto result = applied(*editor, patch);
+  if (!result || result->size() <= block.size()) return result;
+  editor->dropDangling();
+  return applied(std::move(*editor), patch);
 }
 
 }  // namespace ostra

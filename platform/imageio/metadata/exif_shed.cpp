@@ -88,7 +88,8 @@ class Layout {
 
  private:
   bool hasChild(std::size_t directory, std::size_t child) const {
-    return rowsIn(child) > 0 && (directory == 0 ? child == 1 || child == 2 : directory == 1 && child == 3);
+    const bool related = directory == 0 ? child == 1 || child == 2 : directory == 1 && child == 3;
+    return related && rowsIn(child) > 0;
   }
   std::size_t rowsIn(std::size_t directory) const {
     std::size_t rows = content_[directory].size();

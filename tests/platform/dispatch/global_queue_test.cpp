@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -7,6 +5,8 @@
 #include <filesystem>
 #include <iterator>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "platform/dispatch/queue.h"
 #include "platform/dispatch/semaphore.h"

@@ -1,7 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -9,6 +5,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
 
 #include "platform/dispatch/main_loop.h"
 #include "platform/dispatch/queue.h"

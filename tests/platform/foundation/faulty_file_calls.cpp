@@ -14,7 +14,7 @@ FaultyFileCalls::Fault FaultyFileCalls::failingFrom(int number, int error) {
   return [=](int n, const std::string&) { return n >= number ? error : 0; };
 }
 
-FaultyFileCalls::Fault FaultyFileCalls::failingAll(std::string name, int error) {
+FaultyFileCalls::Fault FaultyFileCalls::failingAll(const std::string& name, int error) {
   return [=](int, const std::string& n) { return n == name ? error : 0; };
 }
 

@@ -21,7 +21,7 @@ class FaultyFileCalls : public FileCalls {
   /// That call and all after it.
   static Fault failingFrom(int number, int error);
   /// Every call of that name.
-  static Fault failingAll(std::string name, int error);
+  static Fault failingAll(const std::string& name, int error);
 
   /// Runs `act` right before, or right after, the first call of that name.
   void runBefore(std::string name, std::function<void()> act);

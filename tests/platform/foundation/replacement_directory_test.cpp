@@ -128,14 +128,14 @@ class Pruning : public PicturesTest {
     return picture(".ostra-" + std::to_string(process) + "-" + std::string(end));
   }
   std::string directory(int process, std::string_view end) const {
-    const std::string path = name(process, end);
+    std::string path = name(process, end);
     fs::create_directory(path);
     writeFile(path + "/a.png", kNew);
     age(path, 8);
     return path;
   }
   static void age(const std::string& path, int days) {
-    const timespec then = {time(nullptr) - days * 86400, 0};
+    const timespec then = {time(nullptr) - time_t{86400} * days, 0};
     const timespec times[2] = {then, then};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
   }

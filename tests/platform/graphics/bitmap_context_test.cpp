@@ -1,9 +1,9 @@
 #include "platform/graphics/bitmap_context.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <limits>
+
+#include <gtest/gtest.h>
 
 #include "platform/foundation/service.h"
 #include "tests/platform/graphics/pictures.h"
@@ -42,7 +42,8 @@ TEST(BitmapContext, IsRefusedWithoutASpaceOrASideOrRoomForItsRows) {
   EXPECT_EQ(CGBitmapContext::create(0, 2, 8, 0, sRGB(), 5), nullptr);
   EXPECT_EQ(CGBitmapContext::create(3, 0, 8, 0, sRGB(), 5), nullptr);
   EXPECT_EQ(CGBitmapContext::create(3, 2, 8, 11, sRGB(), 5), nullptr);
-  EXPECT_EQ(CGBitmapContext::create(3, 2, 16, 25, sRGB(), 0x1005), nullptr) << "words begin at even addresses";
+  EXPECT_EQ(CGBitmapContext::create(3, 2, 16, 25, sRGB(), 0x1005), nullptr)
+      << "words begin at even addresses";
   EXPECT_NE(CGBitmapContext::create(3, 2, 8, 12, sRGB(), 5), nullptr);
 }
 
@@ -120,7 +121,8 @@ TEST(BitmapContext, FillsAndClearsOnlyTheRectangleWhoseOriginIsBelow) {
 TEST(BitmapContext, ToleratesRectanglesThatAreNone) {
   const auto surface = CGBitmapContext::create(2, 2, 8, 0, gray(), 0);
   surface->setGrayFillColor(1, 1);
-  const double nan = std::numeric_limits<double>::quiet_NaN(), endless = std::numeric_limits<double>::infinity();
+  const double nan = std::numeric_limits<double>::quiet_NaN(),
+               endless = std::numeric_limits<double>::infinity();
   surface->fillRect({5, 5, 1, 1});
   surface->fillRect({0, 0, -1, -1});
   surface->fillRect({nan, nan, nan, nan});
@@ -138,7 +140,8 @@ TEST(BitmapContext, ClearsToTransparentOrBlack) {
 }
 
 TEST(BitmapContext, KeepsRowsUprightAndApart) {
-  Bytes bytes = {10, 20, 99, 99, 99, 30, 40};  // two rows of two pixels, three bytes of padding, none at the end
+  Bytes bytes = {10, 20, 99, 99,
+                 99, 30, 40};  // two rows of two pixels, three bytes of padding, none at the end
   const auto image = CGImage::create({2, 2, 8, 8, 5, 0}, gray(), SharedBytes::adopt(std::move(bytes)), false,
                                      CGColorRenderingIntent::standard);
   const auto surface = CGBitmapContext::create(2, 2, 8, 7, gray(), 0);
@@ -178,7 +181,8 @@ TEST(BitmapContext, IsSpoiltByADrawingOfAnotherSize) {
     surface->fillRect(all(*surface));
     surface->clearRect(all(*surface));
     surface->drawImage(all(*surface), *whitePixels(2));
-    return noData && surface->data() == nullptr && CGBitmapContext::createImage(std::move(surface)) == nullptr;
+    return noData && surface->data() == nullptr &&
+           CGBitmapContext::createImage(std::move(surface)) == nullptr;
   };
   EXPECT_TRUE(drawingSpoils({0, 0, 2, 1}, 3));
   EXPECT_TRUE(drawingSpoils({0, 0, 1, 1}, 2));
@@ -211,9 +215,11 @@ class Refusing final : public GraphicsCreation {
   std::unique_ptr<CGBitmapContext> bitmapContext(std::size_t width, std::size_t height, std::size_t bits,
                                                  std::size_t bytesPerRow, CGColorSpaceRef space,
                                                  CGBitmapInfo info) override {
-    return bits == 16 ? nullptr : standard().bitmapContext(width, height, bits, bytesPerRow, std::move(space), info);
+    return bits == 16 ? nullptr
+                      : standard().bitmapContext(width, height, bits, bytesPerRow, std::move(space), info);
   }
-  CGImageRef image(const CGImage::Format&, CGColorSpaceRef, SharedBytes, bool, CGColorRenderingIntent) override {
+  CGImageRef image(const CGImage::Format&, CGColorSpaceRef, SharedBytes, bool,
+                   CGColorRenderingIntent) override {
     return nullptr;
   }
 };

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "tests/platform/graphics/pictures.h"
 #include "tests/platform/graphics/reference_colors.h"
@@ -45,8 +45,9 @@ TEST_P(EveryPairOfSpaces, ConvertsAsDoublePrecisionDoes) {
     for (const auto to : namedSpaces()) {
       const std::size_t n = componentsOf(from), m = componentsOf(to), stored = m == 1 ? 1 : 4;
       const auto colors = someColors(n, fromBits);
-      const auto found = drawn({colors, fromBits, n, CGImageAlphaInfo::none, CGColorSpace::createWithName(from)},
-                               CGColorSpace::createWithName(to), toBits, false);
+      const auto found =
+          drawn({colors, fromBits, n, CGImageAlphaInfo::none, CGColorSpace::createWithName(from)},
+                CGColorSpace::createWithName(to), toBits, false);
       double worst = 0;
       std::string where;
       for (std::size_t i = 0; i < colors.size() / n; ++i) {
@@ -71,6 +72,23 @@ INSTANTIATE_TEST_SUITE_P(Depths, EveryPairOfSpaces,
                            return std::to_string(test.param.from) + "To" + std::to_string(test.param.to);
                          });
 
+TEST(RepeatedConversions, OfOnePairOfSpacesDoNotMixTheirDepths) {
+  const auto from = CGColorSpace::createWithName(kCGColorSpaceAdobeRGB1998);
+  const auto to = CGColorSpace::createWithName(kCGColorSpaceDCIP3);
+  const Values wanted = convertByNumbers(kCGColorSpaceAdobeRGB1998, kCGColorSpaceDCIP3, {0.2, 0.4, 0.6});
+  for (int round = 0; round < 2; ++round) {
+    const auto bytes = drawn({{51, 102, 153}, 8, 3, CGImageAlphaInfo::none, from}, to, 16, false);
+    const auto words = drawn({{13107, 26214, 39321}, 16, 3, CGImageAlphaInfo::none, from}, to, 16, false);
+    const auto half =
+        drawn({{32, 64, 96, 160}, 8, 4, CGImageAlphaInfo::premultipliedLast, from}, to, 8, true);
+    for (std::size_t c = 0; c < 3; ++c) {
+      EXPECT_NEAR(bytes.at(c), 65535 * wanted[c], 2);
+      EXPECT_NEAR(words.at(c), 65535 * wanted[c], 2);
+      EXPECT_NEAR(half.at(c), 160 * wanted[c], 1);
+    }
+  }
+}
+
 struct AlphaCase {
   std::size_t bits;
   CGImageAlphaInfo alpha;
@@ -91,8 +109,9 @@ std::vector<unsigned> somePixels(std::size_t bits, bool premultiplied) {
   for (const unsigned alpha : someAlphas(bits))
     for (std::size_t i = 0; i + 2 < colors.size(); i += 15) {
       for (std::size_t c = 0; c < 3; ++c)
-        pixels.push_back(premultiplied ? static_cast<unsigned>(std::round(colors[i + c] * (alpha / mostOf(bits))))
-                                       : colors[i + c]);
+        pixels.push_back(premultiplied
+                             ? static_cast<unsigned>(std::round(colors[i + c] * (alpha / mostOf(bits))))
+                             : colors[i + c]);
       pixels.push_back(alpha);
     }
   return pixels;
@@ -104,8 +123,10 @@ Values wantedPixel(const unsigned* pixel, const AlphaCase& how, std::string_view
   Values straight;
   for (int c = 0; c < 3; ++c) {
     const double value = pixel[c] / most;
-    if (how.alpha == CGImageAlphaInfo::last) straight.push_back(value);
-    else straight.push_back(pixel[3] == 0 ? 0 : value / alpha);
+    if (how.alpha == CGImageAlphaInfo::last)
+      straight.push_back(value);
+    else
+      straight.push_back(pixel[3] == 0 ? 0 : value / alpha);
   }
   Values result = convertByNumbers(from, to, straight);
   for (double& value : result) value = value * alpha + (how.overWhite ? 1 - alpha : 0);
@@ -126,27 +147,27 @@ TEST_P(TransparentColors, AreConvertedBeforeTheyAreMultiplied) {
       for (std::size_t i = 0; i < pixels.size() / 4; ++i) {
         const Values wanted = wantedPixel(&pixels[4 * i], how, from, to);
         for (std::size_t c = 0; c < stored; ++c)
-          ASSERT_NEAR(found.at(i * stored + c), std::round(wanted[c] * mostOf(how.bits)), toleranceOf(how.bits))
-              << from << " to " << to << ", component " << c << " of " << pixels[4 * i] << " " << pixels[4 * i + 1]
-              << " " << pixels[4 * i + 2] << " " << pixels[4 * i + 3];
+          ASSERT_NEAR(found.at(i * stored + c), std::round(wanted[c] * mostOf(how.bits)),
+                      toleranceOf(how.bits))
+              << from << " to " << to << ", component " << c << " of " << pixels[4 * i] << " "
+              << pixels[4 * i + 1] << " " << pixels[4 * i + 2] << " " << pixels[4 * i + 3];
       }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Alpha, TransparentColors,
-                         testing::Values(AlphaCase{8, CGImageAlphaInfo::last, false},
-                                         AlphaCase{8, CGImageAlphaInfo::last, true},
-                                         AlphaCase{8, CGImageAlphaInfo::premultipliedLast, false},
-                                         AlphaCase{8, CGImageAlphaInfo::premultipliedLast, true},
-                                         AlphaCase{16, CGImageAlphaInfo::last, false},
-                                         AlphaCase{16, CGImageAlphaInfo::last, true},
-                                         AlphaCase{16, CGImageAlphaInfo::premultipliedLast, false},
-                                         AlphaCase{16, CGImageAlphaInfo::premultipliedLast, true}),
-                         [](const auto& test) {
-                           return std::to_string(test.param.bits) + "Bits" +
-                                  (test.param.alpha == CGImageAlphaInfo::last ? "Straight" : "Premultiplied") +
-                                  (test.param.overWhite ? "OverWhite" : "OverNothing");
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Alpha, TransparentColors,
+    testing::Values(AlphaCase{8, CGImageAlphaInfo::last, false}, AlphaCase{8, CGImageAlphaInfo::last, true},
+                    AlphaCase{8, CGImageAlphaInfo::premultipliedLast, false},
+                    AlphaCase{8, CGImageAlphaInfo::premultipliedLast, true},
+                    AlphaCase{16, CGImageAlphaInfo::last, false}, AlphaCase{16, CGImageAlphaInfo::last, true},
+                    AlphaCase{16, CGImageAlphaInfo::premultipliedLast, false},
+                    AlphaCase{16, CGImageAlphaInfo::premultipliedLast, true}),
+    [](const auto& test) {
+      return std::to_string(test.param.bits) + "Bits" +
+             (test.param.alpha == CGImageAlphaInfo::last ? "Straight" : "Premultiplied") +
+             (test.param.overWhite ? "OverWhite" : "OverNothing");
+    });
 
 }  // namespace
 }  // namespace ostra::test

@@ -1,8 +1,8 @@
 #include "platform/graphics/image.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
+
+#include <gtest/gtest.h>
 
 namespace ostra::test {
 namespace {
@@ -84,8 +84,9 @@ TEST(Image, NeedsAProviderWithAllItsRows) {
 }
 
 TEST(Image, ReportsWhatItWasMadeOf) {
-  const auto image = CGImage::create({4, 1, 16, 64, 40, 0x1003}, CGColorSpace::createWithName(kCGColorSpaceDisplayP3),
-                                     SharedBytes::adopt(Bytes(40, 7)), true, CGColorRenderingIntent::saturation);
+  const auto image =
+      CGImage::create({4, 1, 16, 64, 40, 0x1003}, CGColorSpace::createWithName(kCGColorSpaceDisplayP3),
+                      SharedBytes::adopt(Bytes(40, 7)), true, CGColorRenderingIntent::saturation);
   ASSERT_TRUE(image);
   EXPECT_EQ(image->alphaInfo(), CGImageAlphaInfo::last);
   EXPECT_EQ(image->bitmapInfo(), 0x1003u);

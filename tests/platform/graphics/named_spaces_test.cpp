@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 #include "tests/platform/graphics/pictures.h"
 #include "tests/platform/graphics/reference_colors.h"
@@ -17,17 +17,27 @@ struct Vector {
   unsigned gray;
 };
 
-constexpr std::string_view destinations[] = {kCGColorSpaceDisplayP3,  kCGColorSpaceAdobeRGB1998,
-                                             kCGColorSpaceROMMRGB,    kCGColorSpaceITUR_2020,
-                                             kCGColorSpaceDCIP3,      kCGColorSpaceLinearSRGB};
+constexpr std::string_view destinations[] = {kCGColorSpaceDisplayP3, kCGColorSpaceAdobeRGB1998,
+                                             kCGColorSpaceROMMRGB,   kCGColorSpaceITUR_2020,
+                                             kCGColorSpaceDCIP3,     kCGColorSpaceLinearSRGB};
 
 constexpr Vector vectors[] = {
-    {{255, 0, 0}, {{234, 51, 35}, {219, 0, 0}, {179, 70, 26}, {202, 59, 19}, {242, 70, 53}, {255, 0, 0}}, 130},
-    {{0, 255, 0}, {{117, 251, 76}, {144, 255, 60}, {138, 237, 78}, {145, 245, 69}, {116, 251, 92}, {0, 255, 0}}, 220},
+    {{255, 0, 0},
+     {{234, 51, 35}, {219, 0, 0}, {179, 70, 26}, {202, 59, 19}, {242, 70, 53}, {255, 0, 0}},
+     130},
+    {{0, 255, 0},
+     {{117, 251, 76}, {144, 255, 60}, {138, 237, 78}, {145, 245, 69}, {116, 251, 92}, {0, 255, 0}},
+     220},
     {{0, 0, 255}, {{0, 0, 245}, {0, 0, 250}, {86, 35, 235}, {43, 13, 241}, {25, 29, 246}, {0, 0, 255}}, 70},
-    {{128, 128, 128}, {{128, 128, 128}, {127, 127, 127}, {109, 109, 109}, {115, 115, 115}, {141, 141, 141}, {55, 55, 55}}, 128},
-    {{64, 128, 192}, {{80, 126, 187}, {89, 127, 188}, {96, 107, 170}, {85, 113, 178}, {94, 140, 195}, {13, 55, 134}}, 123},
-    {{200, 100, 50}, {{187, 105, 62}, {177, 100, 56}, {143, 95, 50}, {161, 97, 47}, {198, 121, 79}, {147, 32, 8}}, 130},
+    {{128, 128, 128},
+     {{128, 128, 128}, {127, 127, 127}, {109, 109, 109}, {115, 115, 115}, {141, 141, 141}, {55, 55, 55}},
+     128},
+    {{64, 128, 192},
+     {{80, 126, 187}, {89, 127, 188}, {96, 107, 170}, {85, 113, 178}, {94, 140, 195}, {13, 55, 134}},
+     123},
+    {{200, 100, 50},
+     {{187, 105, 62}, {177, 100, 56}, {143, 95, 50}, {161, 97, 47}, {198, 121, 79}, {147, 32, 8}},
+     130},
     {{10, 10, 10}, {{10, 10, 10}, {18, 18, 18}, {10, 10, 10}, {3, 3, 3}, {27, 27, 27}, {1, 1, 1}}, 10},
 };
 
@@ -39,23 +49,30 @@ void expectNear(const std::vector<unsigned>& found, const std::vector<unsigned>&
 
 TEST(NamedSpaces, TurnPublishedSRGBColorsIntoTheirPublishedValues) {
   for (const Vector& vector : vectors) {
-    const Picture picture{{vector.in, vector.in + 3}, 8, 3, CGImageAlphaInfo::none,
+    const Picture picture{{vector.in, vector.in + 3},
+                          8,
+                          3,
+                          CGImageAlphaInfo::none,
                           CGColorSpace::createWithName(kCGColorSpaceSRGB)};
     for (std::size_t i = 0; i < 6; ++i) {
       const auto found = drawn(picture, CGColorSpace::createWithName(destinations[i]), 8, false);
       expectNear(found, {vector.out[i], vector.out[i] + 3}, 1, std::string(destinations[i]));
     }
-    const auto gray = drawn(picture, CGColorSpace::createWithName(kCGColorSpaceGenericGrayGamma2_2), 8, false);
+    const auto gray =
+        drawn(picture, CGColorSpace::createWithName(kCGColorSpaceGenericGrayGamma2_2), 8, false);
     expectNear(gray, {vector.gray}, 1, "gray");
   }
 }
 
 TEST(NamedSpaces, BringDisplayP3ColorsIntoSRGBAndClipThem) {
-  const Picture picture{{64, 128, 192, 200, 100, 50, 255, 0, 0, 0, 255, 0, 0, 0, 255}, 8, 3, CGImageAlphaInfo::none,
+  const Picture picture{{64, 128, 192, 200, 100, 50, 255, 0, 0, 0, 255, 0, 0, 0, 255},
+                        8,
+                        3,
+                        CGImageAlphaInfo::none,
                         CGColorSpace::createWithName(kCGColorSpaceDisplayP3)};
   const auto found = drawn(picture, CGColorSpace::createWithName(kCGColorSpaceSRGB), 8, false);
-  const std::vector<unsigned> wanted = {32, 130, 197, 255, 215, 93, 31, 255, 255, 0,
-                                        0,  255, 0,   255, 0,   255, 0, 0,   255, 255};
+  const std::vector<unsigned> wanted = {32, 130, 197, 255, 215, 93,  31, 255, 255, 0,
+                                        0,  255, 0,   255, 0,   255, 0,  0,   255, 255};
   expectNear(found, wanted, 1, "P3 to sRGB");
 }
 
@@ -69,7 +86,8 @@ TEST(NamedSpaces, KeepWhiteAndBlackInEveryPairOfSpaces) {
       const auto found = drawn(picture, CGColorSpace::createWithName(to), 8, false);
       const std::size_t stored = isGray(to) ? 1 : 4;
       for (std::size_t i = 0; i < stored; ++i) EXPECT_EQ(found.at(i), 255u) << from << " to " << to;
-      for (std::size_t i = 0; i < (isGray(to) ? 1 : 3); ++i) EXPECT_EQ(found.at(stored + i), 0u) << from << to;
+      for (std::size_t i = 0; i < (isGray(to) ? 1 : 3); ++i)
+        EXPECT_EQ(found.at(stored + i), 0u) << from << to;
     }
 }
 
@@ -131,16 +149,21 @@ TEST(NamedSpaces, HaveProfilesThatNeverChange) {
 TEST(NamedSpaces, MeanTheSameToAnotherColorProgram) {
   OSTRA_NEEDS_PROGRAM("transicc");
   const TemporaryFolder folder;
-  for (const auto name : namedSpaces()) writeFile(folder.path(name), CGColorSpace::createWithName(name)->iccData());
+  for (const auto name : namedSpaces())
+    writeFile(folder.path(name), CGColorSpace::createWithName(name)->iccData());
   for (const auto to : namedSpaces()) {
     for (const Vector& vector : vectors) {
       const std::string input = std::to_string(vector.in[0]) + "\n" + std::to_string(vector.in[1]) + "\n" +
                                 std::to_string(vector.in[2]) + "\n";
-      const auto result = runProgram({"transicc", "-n", "-c0", "-i" + folder.path(kCGColorSpaceSRGB),
-                                      "-o" + folder.path(to)}, {input, {}, false});
+      const auto result =
+          runProgram({"transicc", "-n", "-c0", "-i" + folder.path(kCGColorSpaceSRGB), "-o" + folder.path(to)},
+                     {input, {}, false});
       ASSERT_EQ(result.status, 0) << result.errors;
       std::istringstream numbers(result.output);
-      const Picture picture{{vector.in, vector.in + 3}, 8, 3, CGImageAlphaInfo::none,
+      const Picture picture{{vector.in, vector.in + 3},
+                            8,
+                            3,
+                            CGImageAlphaInfo::none,
                             CGColorSpace::createWithName(kCGColorSpaceSRGB)};
       const auto found = drawn(picture, CGColorSpace::createWithName(to), 8, false);
       for (std::size_t i = 0; i < (isGray(to) ? 1u : 3u); ++i) {

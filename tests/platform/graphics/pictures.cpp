@@ -28,8 +28,8 @@ CGImageRef makeImage(const Picture& picture) {
   return CGImage::create(format, picture.space, SharedBytes::adopt(std::move(bytes)), false, picture.intent);
 }
 
-std::unique_ptr<CGBitmapContext> makeSurface(std::size_t width, const CGColorSpaceRef& space, std::size_t bits,
-                                             bool withAlpha) {
+std::unique_ptr<CGBitmapContext> makeSurface(std::size_t width, const CGColorSpaceRef& space,
+                                             std::size_t bits, bool withAlpha) {
   CGBitmapInfo info = bits == 16 ? kCGBitmapByteOrder16Little : 0;
   if (space->model() == CGColorSpaceModel::rgb) info |= withAlpha ? 1u : 5u;
   return CGBitmapContext::create(width, 1, bits, 0, space, info);
@@ -49,7 +49,8 @@ std::vector<unsigned> readRow(CGBitmapContext& context) {
   return values;
 }
 
-std::vector<unsigned> drawn(const Picture& picture, const CGColorSpaceRef& space, std::size_t bits, bool withAlpha) {
+std::vector<unsigned> drawn(const Picture& picture, const CGColorSpaceRef& space, std::size_t bits,
+                            bool withAlpha) {
   const auto image = makeImage(picture);
   if (!image) return {};
   const auto surface = makeSurface(image->width(), space, bits, withAlpha);

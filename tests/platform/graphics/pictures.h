@@ -18,8 +18,8 @@ struct Picture {
 CGImageRef makeImage(const Picture& picture);
 
 /// The surface for `space` at this depth, one row: gray, RGB with a skipped or premultiplied fourth, or CMYK.
-std::unique_ptr<CGBitmapContext> makeSurface(std::size_t width, const CGColorSpaceRef& space, std::size_t bits,
-                                             bool withAlpha);
+std::unique_ptr<CGBitmapContext> makeSurface(std::size_t width, const CGColorSpaceRef& space,
+                                             std::size_t bits, bool withAlpha);
 
 CGRect all(const CGBitmapContext& context);
 
@@ -27,7 +27,8 @@ CGRect all(const CGBitmapContext& context);
 std::vector<unsigned> readRow(CGBitmapContext& context);
 
 /// The picture drawn on a fresh surface.
-std::vector<unsigned> drawn(const Picture& picture, const CGColorSpaceRef& space, std::size_t bits, bool withAlpha);
+std::vector<unsigned> drawn(const Picture& picture, const CGColorSpaceRef& space, std::size_t bits,
+                            bool withAlpha);
 
 /// The same, over opaque white.
 std::vector<unsigned> drawnOverWhite(const Picture& picture, const CGColorSpaceRef& space, std::size_t bits);

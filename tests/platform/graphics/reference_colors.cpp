@@ -33,12 +33,18 @@ struct Words {
 
 Words wordsOf(char curve) {
   switch (curve) {
-    case 's': return {0x26666, 0xF2A7, 0x0D59, 0x13D0, 0x0A5B};
-    case 'b': return {0x238E4, 0xE8E0, 0x1720, 0x38E4, 0x14BC};
-    case 'r': return {0x1CCCD, 0x10000, 0, 0x1000, 0x80};
-    case 'a': return {0x23300, 0x10000, 0, 0, 0};
-    case 'd': return {0x2999A, 0x10000, 0, 0, 0};
-    default: return {0x10000, 0x10000, 0, 0, 0};
+    case 's':
+      return {0x26666, 0xF2A7, 0x0D59, 0x13D0, 0x0A5B};
+    case 'b':
+      return {0x238E4, 0xE8E0, 0x1720, 0x38E4, 0x14BC};
+    case 'r':
+      return {0x1CCCD, 0x10000, 0, 0x1000, 0x80};
+    case 'a':
+      return {0x23300, 0x10000, 0, 0, 0};
+    case 'd':
+      return {0x2999A, 0x10000, 0, 0, 0};
+    default:
+      return {0x10000, 0x10000, 0, 0, 0};
   }
 }
 
@@ -54,8 +60,8 @@ double stored(char curve, double amount) {
   const Words w = wordsOf(curve);
   amount = std::clamp(amount, 0.0, 1.0);
   const double join = w.d > 0 ? std::pow(number(w.a) * number(w.d) + number(w.b), number(w.g)) : 0;
-  const double value = amount < join ? amount / number(w.c)
-                                     : (std::pow(amount, 1 / number(w.g)) - number(w.b)) / number(w.a);
+  const double value =
+      amount < join ? amount / number(w.c) : (std::pow(amount, 1 / number(w.g)) - number(w.b)) / number(w.a);
   return std::clamp(value, 0.0, 1.0);
 }
 
@@ -79,7 +85,8 @@ Values fromXYZ(const Space& space, const std::array<double, 3>& xyz) {
   if (isGray(space.name)) return {stored(space.curve, xyz[1])};
   using Columns = std::array<std::array<double, 3>, 3>;
   const auto determinant = [](const Columns& m) {
-    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[1][0] * (m[0][1] * m[2][2] - m[0][2] * m[2][1]) +
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
+           m[1][0] * (m[0][1] * m[2][2] - m[0][2] * m[2][1]) +
            m[2][0] * (m[0][1] * m[1][2] - m[0][2] * m[1][1]);
   };
   Columns columns{};

@@ -1,14 +1,16 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "tests/platform/graphics/pictures.h"
 
 namespace ostra::test {
 namespace {
 
-CGColorSpaceRef space(std::string_view name = kCGColorSpaceAdobeRGB1998) { return CGColorSpace::createWithName(name); }
+CGColorSpaceRef space(std::string_view name = kCGColorSpaceAdobeRGB1998) {
+  return CGColorSpace::createWithName(name);
+}
 
 std::vector<unsigned> randomValues(std::size_t count, unsigned most) {
   std::mt19937 random(11);
@@ -49,7 +51,8 @@ TEST(SameSpace, IsAlsoTwoSpacesOfOneProfile) {
 TEST(SameSpace, ReadsEveryPlaceOfTheFourthComponent) {
   const std::vector<unsigned> last = {1, 2, 3, 255}, first = {255, 1, 2, 3};
   const std::vector<unsigned> wanted = {1, 2, 3, 255};
-  for (const auto alpha : {CGImageAlphaInfo::last, CGImageAlphaInfo::premultipliedLast, CGImageAlphaInfo::noneSkipLast})
+  for (const auto alpha :
+       {CGImageAlphaInfo::last, CGImageAlphaInfo::premultipliedLast, CGImageAlphaInfo::noneSkipLast})
     EXPECT_EQ(drawn({last, 8, 4, alpha, space()}, space(), 8, true), wanted);
   for (const auto alpha :
        {CGImageAlphaInfo::first, CGImageAlphaInfo::premultipliedFirst, CGImageAlphaInfo::noneSkipFirst})
@@ -86,8 +89,9 @@ TEST(SameSpace, KeepsPremultipliedBytesAsTheyAre) {
 }
 
 TEST(SameSpace, BoundsPremultipliedColorByItsAlpha) {
-  EXPECT_EQ(drawn({{200, 10, 255, 100}, 8, 4, CGImageAlphaInfo::premultipliedLast, space()}, space(), 8, true),
-            (std::vector<unsigned>{100, 10, 100, 100}));
+  EXPECT_EQ(
+      drawn({{200, 10, 255, 100}, 8, 4, CGImageAlphaInfo::premultipliedLast, space()}, space(), 8, true),
+      (std::vector<unsigned>{100, 10, 100, 100}));
 }
 
 TEST(SameSpace, PremultipliesWordsRoundingToNearest) {
@@ -138,15 +142,19 @@ TEST(SameSpace, TakesAPictureWithoutASpaceForTheDefaultOfItsComponents) {
   const auto rgb = randomValues(300, 255);
   const auto found = drawn({rgb, 8, 3, CGImageAlphaInfo::none, nullptr}, space(kCGColorSpaceSRGB), 8, false);
   for (std::size_t i = 0; i < 300; ++i) ASSERT_EQ(found.at(i / 3 * 4 + i % 3), rgb[i]);
-  EXPECT_EQ(drawn({rgb, 8, 1, CGImageAlphaInfo::none, nullptr}, space(kCGColorSpaceGenericGrayGamma2_2), 8, false), rgb);
-  EXPECT_EQ(drawn({rgb, 8, 4, CGImageAlphaInfo::none, nullptr}, space(kCGColorSpaceDeviceCMYK), 8, false), rgb);
+  EXPECT_EQ(
+      drawn({rgb, 8, 1, CGImageAlphaInfo::none, nullptr}, space(kCGColorSpaceGenericGrayGamma2_2), 8, false),
+      rgb);
+  EXPECT_EQ(drawn({rgb, 8, 4, CGImageAlphaInfo::none, nullptr}, space(kCGColorSpaceDeviceCMYK), 8, false),
+            rgb);
 }
 
 TEST(SameSpace, PaintsAMaskOfAlphaAloneInBlack) {
   const Picture mask{{0, 128, 255}, 8, 1, CGImageAlphaInfo::only, nullptr};
   EXPECT_EQ(drawn(mask, space(kCGColorSpaceSRGB), 8, true),
             (std::vector<unsigned>{0, 0, 0, 0, 0, 0, 0, 128, 0, 0, 0, 255}));
-  EXPECT_EQ(drawnOverWhite(mask, space(kCGColorSpaceGenericGrayGamma2_2), 8), (std::vector<unsigned>{255, 127, 0}));
+  EXPECT_EQ(drawnOverWhite(mask, space(kCGColorSpaceGenericGrayGamma2_2), 8),
+            (std::vector<unsigned>{255, 127, 0}));
 }
 
 }  // namespace

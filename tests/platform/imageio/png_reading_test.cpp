@@ -31,15 +31,27 @@ std::vector<Kind> allKinds() {
   return kinds;
 }
 
-// Seeded noise in the file type asked for; ImageMagick reduces it to the depth or the palette.
+Bytes pngOf(const Kind& kind);
+
+// A gray file whose header says that its levels are entries of a palette of random colours.
+Bytes palettePngOf(const Kind& kind) {
+  const Bytes gray = pngOf({kGray, kind.bits, kind.interlaced});
+  Bytes header(gray.begin() + 16, gray.begin() + 29);
+  header[9] = kPalette;
+  const Bytes palette = pngChunk("PLTE", randomBytes((std::size_t{3} << kind.bits), 3));
+  const auto pixels = static_cast<std::ptrdiff_t>(positionOf("IDAT", gray) - 4);
+  return joined({Bytes(gray.begin(), gray.begin() + 8), pngChunk("IHDR", header), palette,
+                 Bytes(gray.begin() + pixels, gray.end())});
+}
+
+// Seeded noise in the file type asked for; ImageMagick reduces it to the depth.
 Bytes pngOf(const Kind& kind) {
+  if (kind.colourType == kPalette) return palettePngOf(kind);
   const TemporaryFolder folder;
   const bool gray = kind.colourType == kGray || kind.colourType == kGrayAlpha;
   writeFile(folder.path("raw"), gray ? randomBytes(kWidth * kHeight * 4) : randomBytes(kWidth * kHeight * 8, 2));
   std::vector<std::string> words = {"-size",   "47x33", "-depth", "16", (gray ? "graya:" : "rgba:") + folder.path("raw")};
   if (kind.colourType != kGrayAlpha && kind.colourType != kRgba) words.insert(words.end(), {"-alpha", "off"});
-  if (kind.colourType == kPalette)
-    words.insert(words.end(), {"-dither", "none", "-colors", std::to_string(1 << kind.bits)});
   if (kind.interlaced) words.insert(words.end(), {"-interlace", "PNG"});
   words.insert(words.end(), {"-define", "png:color-type=" + std::to_string(kind.colourType), "-define",
                              "png:bit-depth=" + std::to_string(kind.bits)});

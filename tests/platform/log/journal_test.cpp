@@ -1,13 +1,13 @@
 #include "platform/log/journal.h"
 
+#include <cstring>
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include <cstring>
 
 #include "tests/support/temporary_folder.h"
 
@@ -19,7 +19,8 @@ using test::TemporaryFolder;
 /// A journal of the test's own: a datagram socket, and what arrives there.
 class Journal {
  public:
-  explicit Journal(const std::string& path) : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+  explicit Journal(const std::string& path)
+      : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
@@ -33,7 +34,8 @@ class Journal {
     setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
   }
 
-  /// The next datagram; in its descriptor, where it came with one, what that holds. "none" when nothing waits.
+  /// The next datagram; in its descriptor, where it came with one, what that holds. "none" when nothing
+  /// waits.
   std::string receive() {
     std::string bytes(1 << 18, '\0');
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
@@ -77,7 +79,8 @@ class JournalTest : public testing::Test {
 };
 
 TEST_F(JournalTest, SendsALineAndItsPartsAsOneRecord) {
-  sink_.write("org.example", "Tests", LogLevel::info, {"srgb: wrote a.png (in place)", {{"OSTRA_KIND", "srgb"}}});
+  sink_.write("org.example", "Tests", LogLevel::info,
+              {"srgb: wrote a.png (in place)", {{"OSTRA_KIND", "srgb"}}});
   EXPECT_EQ(journal_.receive(),
             "MESSAGE=srgb: wrote a.png (in place)\n"
             "PRIORITY=6\n"
@@ -95,7 +98,8 @@ TEST_F(JournalTest, GivesErrorsTheirPriority) {
 
 TEST_F(JournalTest, SendsAValueOfSeveralLinesWithItsLength) {
   sink_.write("s", "c", LogLevel::info, {"one\nMESSAGE=forged", {}});
-  const std::string expected = std::string("MESSAGE\n\x12\0\0\0\0\0\0\0", 16) + "one\nMESSAGE=forged\nPRIORITY=6\n";
+  const std::string expected =
+      std::string("MESSAGE\n\x12\0\0\0\0\0\0\0", 16) + "one\nMESSAGE=forged\nPRIORITY=6\n";
   EXPECT_EQ(journal_.receive().substr(0, expected.size()), expected);
 }
 
@@ -109,9 +113,9 @@ TEST_F(JournalTest, SendsAHugeLineInASealedMemoryFile) {
 }
 
 TEST_F(JournalTest, LeavesOutFieldsWhoseNamesTheJournalWouldNotTake) {
-  const std::string record =
-      journalRecord("s", "c", LogLevel::info,
-                    {"m", {{"_PID", "1"}, {"lower", "1"}, {"1ST", "1"}, {"", "1"}, {"A=B", "1"}, {"GOOD_1", "1"}}});
+  const std::string record = journalRecord(
+      "s", "c", LogLevel::info,
+      {"m", {{"_PID", "1"}, {"lower", "1"}, {"1ST", "1"}, {"", "1"}, {"A=B", "1"}, {"GOOD_1", "1"}}});
   EXPECT_EQ(record.substr(record.find("OSTRA_CATEGORY")), "OSTRA_CATEGORY=c\nGOOD_1=1\n");
 }
 

@@ -11,7 +11,9 @@ TEST(Printable, KeepsTextInAnyScriptAndLineFeeds) {
 
 TEST(Printable, TakesAwayWhatATerminalWouldObey) {
   EXPECT_EQ(printable("a\033[2Jb\rc\td\x7F"), "a?[2Jb?c?d?");
-  EXPECT_EQ(printable("a\xC2\x9B" "2Jb"), "a?2Jb");
+  EXPECT_EQ(printable("a\xC2\x9B"
+                      "2Jb"),
+            "a?2Jb");
 }
 
 TEST(Printable, LeavesBytesThatAreNoText) {

@@ -1,9 +1,9 @@
 #include "platform/types/ut_type.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <set>
+
+#include <gtest/gtest.h>
 
 #include "platform/types/type_table.h"
 
@@ -27,7 +27,8 @@ TEST(UTType, IsFoundByItsIdentifierInAnyCase) {
 }
 
 TEST(UTType, DoesNotExistWhereNothingIsDeclared) {
-  for (const char* text : {"", "public.pn", "public.pngs", "dyn.ah62d4rv4ge81u", "image/png", " public.png"}) {
+  for (const char* text :
+       {"", "public.pn", "public.pngs", "dyn.ah62d4rv4ge81u", "image/png", " public.png"}) {
     EXPECT_FALSE(UTType::withIdentifier(text)) << text;
   }
 }
@@ -43,7 +44,8 @@ TEST(UTType, IsFoundByAnExtensionInAnyCase) {
 }
 
 TEST(UTType, IsNotFoundByAnExtensionThatNobodyClaims) {
-  for (const char* text : {"", "docx", ".png", "png jpg", "image/png"}) EXPECT_EQ(identifierOf(text), "none") << text;
+  for (const char* text : {"", "docx", ".png", "png jpg", "image/png"})
+    EXPECT_EQ(identifierOf(text), "none") << text;
 }
 
 TEST(UTType, GivesASharedExtensionToTheMoreGeneralClaimant) {
@@ -53,8 +55,8 @@ TEST(UTType, GivesASharedExtensionToTheMoreGeneralClaimant) {
 }
 
 TEST(UTType, ConformsToItselfAndToItsAncestors) {
-  for (const char* ancestor : {"public.heic", "public.heif-standard", "public.image", "public.data", "public.item",
-                               "public.content"}) {
+  for (const char* ancestor : {"public.heic", "public.heif-standard", "public.image", "public.data",
+                               "public.item", "public.content"}) {
     EXPECT_TRUE(UTType::heic().conformsTo(type(ancestor))) << ancestor;
   }
   EXPECT_TRUE(type("com.nikon.raw-image").conformsTo(type("public.camera-raw-image")));
@@ -109,8 +111,10 @@ TEST(TypeTable, SharesAnExtensionOnlyWhereFormatsReallyDo) {
 
 TEST(TypeTable, WritesExtensionsAndTypesInLowerCaseAndWithoutDots) {
   for (const TypeRow& row : kTypeTable) {
-    EXPECT_EQ(row.extensions.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ."), std::string_view::npos) << row.identifier;
-    EXPECT_EQ(row.mimeTypes.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"), std::string_view::npos) << row.identifier;
+    EXPECT_EQ(row.extensions.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ."), std::string_view::npos)
+        << row.identifier;
+    EXPECT_EQ(row.mimeTypes.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ"), std::string_view::npos)
+        << row.identifier;
     EXPECT_NE(row.extensions.substr(0, 1), " ") << row.identifier;
   }
 }
@@ -119,7 +123,8 @@ TEST(TypeTable, MakesEveryImageFormatAnImage) {
   const std::set<std::string> others{"com.adobe.pdf", "org.nema.dicom", "public.xml"};
   for (const TypeRow& row : kTypeTable) {
     if (row.extensions.empty()) continue;
-    EXPECT_EQ(type(row.identifier).conformsTo(UTType::image()), others.count(std::string(row.identifier)) == 0)
+    EXPECT_EQ(type(row.identifier).conformsTo(UTType::image()),
+              others.count(std::string(row.identifier)) == 0)
         << row.identifier;
   }
 }

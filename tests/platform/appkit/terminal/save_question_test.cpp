@@ -1,11 +1,11 @@
 #include "platform/appkit/terminal/save_question.h"
 
+#include <deque>
+#include <filesystem>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <deque>
-#include <filesystem>
 
 #include "tests/support/temporary_folder.h"
 
@@ -43,7 +43,8 @@ class SaveQuestionTest : public testing::Test {
   /// The chosen path, or "cancelled".
   std::string choose(std::deque<std::string> answers) {
     person_ = {std::move(answers), {}};
-    const auto url = askWhereToSave(panel_, [this](const std::string& question) { return person_.answer(question); });
+    const auto url =
+        askWhereToSave(panel_, [this](const std::string& question) { return person_.answer(question); });
     return url ? url->path() : "cancelled";
   }
 
@@ -60,11 +61,15 @@ TEST_F(SaveQuestionTest, ShowsTitleMessageAndProposal) {
                 folder_.path("photo.png") + "]: ");
 }
 
-TEST_F(SaveQuestionTest, AcceptsTheProposalByAnEmptyAnswer) { EXPECT_EQ(choose({""}), folder_.path("photo.png")); }
+TEST_F(SaveQuestionTest, AcceptsTheProposalByAnEmptyAnswer) {
+  EXPECT_EQ(choose({""}), folder_.path("photo.png"));
+}
 
 TEST_F(SaveQuestionTest, IsCancelledWhereNoAnswerComes) { EXPECT_EQ(choose({}), "cancelled"); }
 
-TEST_F(SaveQuestionTest, TakesAnotherFile) { EXPECT_EQ(choose({folder_.path("other.PNG")}), folder_.path("other.PNG")); }
+TEST_F(SaveQuestionTest, TakesAnotherFile) {
+  EXPECT_EQ(choose({folder_.path("other.PNG")}), folder_.path("other.PNG"));
+}
 
 TEST_F(SaveQuestionTest, TakesTheProposedNameInAFolder) {
   std::filesystem::create_directory(folder_.path("sub"));

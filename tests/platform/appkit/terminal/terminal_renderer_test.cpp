@@ -18,7 +18,8 @@ class TerminalTest : public testing::Test {
     int keyboardAndScreen = -1, line = -1;
     char name[100] = {};
     winsize size{24, 40, 0, 0};
-    if (openpty(&keyboardAndScreen, &line, name, nullptr, &size) != 0) throw std::runtime_error("no terminal");
+    if (openpty(&keyboardAndScreen, &line, name, nullptr, &size) != 0)
+      throw std::runtime_error("no terminal");
     person_ = UniqueFd(keyboardAndScreen);
     line_ = UniqueFd(line);
     name_ = name;

@@ -284,6 +284,20 @@ TEST_P(ExifPatch, AnUnreadableEntryKeepsItsBytes) {
   EXPECT_TRUE(contains(written(properties), "strange software"));
 }
 
+TEST_P(ExifPatch, AnEntryThatPointsBehindTheEndComesToNoMeaningThere) {
+  const ExifBuilder b(GetParam());
+  auto outside = b.text(0x8298, "Copyright of nobody");
+  Bytes block = b.build({b.text(0x013B, "Ann Other"), outside});
+  const std::size_t pointer = 8 + 2 + 12 + 8;
+  block.resize(test::positionOf(block, "Copyright"));
+  Properties properties = read(block);
+  EXPECT_EQ(written(properties), block);
+  group(properties, "{TIFF}").insert_or_assign("Artist", "A very long name, and longer than what is missing");
+  EXPECT_TRUE(read(written(properties)).tree == properties.tree);
+  b.put(block, pointer, 0xFFFFFF00, 4);
+  EXPECT_TRUE(read(written(properties)).tree == properties.tree);
+}
+
 TEST_P(ExifPatch, AValueThatATagCannotHoldTakesTheOldOneAway) {
   Properties properties = read(camera_);
   group(properties, "{Exif}").insert_or_assign("FNumber", "wide open");

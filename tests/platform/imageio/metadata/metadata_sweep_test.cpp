@@ -87,7 +87,7 @@ TEST(MetadataSweep, SurvivesEveryTruncation) {
 TEST(MetadataSweep, SurvivesEveryByteChanged) {
   sweep([](const Carrier& whole, Bytes Carrier::*block) {
     for (std::size_t i = 0; i < (whole.*block).size(); ++i) {
-      for (const int value : {0x00, 0x01, 0x7F, 0xFF}) {
+      for (const int value : {0x00, 0xFF}) {
         Carrier changed = whole;
         (changed.*block)[i] = static_cast<std::uint8_t>(value);
         ASSERT_NO_FATAL_FAILURE(exercise(changed)) << i << " to " << value;
@@ -98,7 +98,7 @@ TEST(MetadataSweep, SurvivesEveryByteChanged) {
 
 TEST(MetadataSweep, SurvivesManyBitsFlipped) {
   std::mt19937 random(20240203);
-  for (int round = 0; round < 4000; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     Carrier changed = sample(round % 2 == 0);
     const std::size_t flips = 1 + random() % 12;
     for (std::size_t i = 0; i < flips; ++i) {

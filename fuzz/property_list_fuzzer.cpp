@@ -1,4 +1,4 @@
-// Property lists of any content: what can be read, written and read again, is the same.
+// Property lists of any content: none crashes, in either direction.
 #include <cstdlib>
 
 #include "platform/foundation/error.h"

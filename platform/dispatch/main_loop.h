@@ -7,7 +7,7 @@ class MainLoop {
  public:
   /// Runs queued blocks, waiting for more, until `stop`.
   static void run();
-  /// Lets `run` return after the block in work; callable from any thread.
+  /// Lets `run` return after the block in work, or the next `run` at once; callable from any thread.
   static void stop();
   /// Runs what is queued and returns; for another loop that watches `descriptor`. Not re-entrant: from inside
   /// a block it does nothing.

@@ -1,9 +1,9 @@
+#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <system_error>
 #include <utility>
 
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -14,8 +14,9 @@
 namespace ostra {
 namespace {
 
-/// The blocks that wait for the main thread. The event descriptor only wakes whoever waits; what there is to
-/// do stands behind the mutex.
+/// The blocks that wait for the main thread. What there is to do stands behind the mutex. The event
+/// descriptor is for another loop that watches it; our own waits on the condition, which no failing call can
+/// silence.
 class MainQueue : public DispatchQueue {
  public:
   MainQueue() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -38,10 +39,8 @@ class MainQueue : public DispatchQueue {
   }
 
   void run() {
-    for (;;) {
-      lower();  // before looking, so that whatever comes later ends the wait
-      if (takeStop()) return;
-      if (!runOne()) waitForEvent();
+    while (!takeStop()) {
+      if (!runOne()) wait();
     }
   }
 
@@ -95,12 +94,13 @@ class MainQueue : public DispatchQueue {
   /// A block that throws ends the process here, where the trace still shows it.
   static void call(const std::function<void()>& block) noexcept { block(); }
 
-  void waitForEvent() const {
-    pollfd entry{event_, POLLIN, 0};
-    poll(&entry, 1, -1);  // interrupted by a signal: the caller looks again
+  void wait() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return stopped_ || (!running_ && !blocks_.empty()); });
   }
 
-  void raise() const {
+  void raise() {
+    changed_.notify_all();
     const eventfd_t one = 1;
     [[maybe_unused]] const int full = eventfd_write(event_, one);
   }
@@ -112,6 +112,7 @@ class MainQueue : public DispatchQueue {
 
   const int event_;
   std::mutex mutex_;
+  std::condition_variable changed_;
   std::deque<std::function<void()>> blocks_;
   bool running_ = false;
   bool stopped_ = false;

@@ -8,8 +8,8 @@
 
 namespace ostra {
 
-/// One request of the host. It is ended once, on the main thread, by completing or cancelling; a second end is
-/// ignored.
+/// One request of the host. It is ended once, on the main thread, by completing or cancelling; a second end
+/// is ignored.
 class NSExtensionContext {
  public:
   using InputItems = std::vector<std::shared_ptr<NSObject>>;
@@ -18,7 +18,8 @@ class NSExtensionContext {
   /// What the user selected. Objects that are no `NSExtensionItem` may be among them.
   virtual InputItems inputItems() const = 0;
   /// The handler may be empty.
-  virtual void completeRequestReturningItems(const InputItems& items, std::function<void(bool)> completionHandler) = 0;
+  virtual void completeRequestReturningItems(const InputItems& items,
+                                             std::function<void(bool)> completionHandler) = 0;
   virtual void cancelRequestWithError(const NSError& error) = 0;
 };
 

@@ -12,8 +12,8 @@
 
 namespace ostra {
 
-/// One selected item of a request. Every load calls its handler exactly once, on a thread other than the caller's;
-/// what the handler is given is valid only until it returns. Handlers must not throw.
+/// One selected item of a request. Every load calls its handler exactly once, on a thread other than the
+/// caller's; what the handler is given is valid only until it returns. Handlers must not throw.
 class NSItemProvider {
  public:
   /// The file, or nothing; whether it is the file itself and not a copy; the error, or null.

@@ -10,6 +10,7 @@
 #include "platform/graphics/named_spaces.h"
 #include "platform/graphics/pixel_copy.h"
 #include "platform/graphics/profile_transform.h"
+#include "platform/graphics/remembered_colors.h"
 
 namespace ostra {
 namespace {
@@ -96,7 +97,12 @@ class TransformMatch final : public ChunkedMatch {
     for (std::size_t c = 0; c < in; ++c)
       for (std::size_t i = 0; i < chunk.count; ++i)
         source[i * in + c] = static_cast<std::uint16_t>(chunk.color[c][i] * 65535.0f + 0.5f);
-    transform_->run(source.data(), destination.data(), chunk.count);
+    RememberedColors* const memory = RememberedColors::ofThisThread();
+    if (memory != nullptr) {
+      memory->run(*transform_, source.data(), destination.data(), chunk.count);
+    } else {
+      transform_->run(source.data(), destination.data(), chunk.count);
+    }
     for (std::size_t c = 0; c < out; ++c)
       for (std::size_t i = 0; i < chunk.count; ++i)
         chunk.color[c][i] = static_cast<float>(destination[i * out + c]) / 65535.0f;

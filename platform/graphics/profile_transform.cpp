@@ -1,5 +1,6 @@
 #include "platform/graphics/profile_transform.h"
 
+#include <atomic>
 #include <utility>
 
 #include <lcms2.h>
@@ -90,6 +91,11 @@ class LibraryTransform final : public ProfileTransform {
 };
 
 }  // namespace
+
+ProfileTransform::ProfileTransform() {
+  static std::atomic<std::uint64_t> made = 0;
+  number_ = ++made;
+}
 
 bool libraryConvertsFrom(ByteView bytes) {
   const Profile profile = openProfile(bytes);

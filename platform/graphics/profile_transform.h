@@ -21,12 +21,18 @@ class ProfileTransform {
   /// Null when the profiles make no transform.
   static std::shared_ptr<const ProfileTransform> create(ByteView source, ByteView destination,
                                                         CGColorRenderingIntent intent);
+  ProfileTransform();
   virtual ~ProfileTransform() = default;
+  /// Of this transform among all there ever were, from 1.
+  std::uint64_t number() const { return number_; }
   /// Components of a pixel.
   virtual int sourceComponents() const = 0;
   virtual int destinationComponents() const = 0;
   /// Interleaved 16-bit values, 0 to 65535.
   virtual void run(const std::uint16_t* source, std::uint16_t* destination, std::size_t pixels) const = 0;
+
+ private:
+  std::uint64_t number_;
 };
 
 }  // namespace ostra

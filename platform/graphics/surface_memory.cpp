@@ -11,7 +11,7 @@ constexpr std::size_t hugePage = std::size_t{2} << 20;
 /// No process has more addresses than these; an allocator need not be asked.
 constexpr std::size_t addresses = std::size_t{1} << 47;
 
-/// A large picture touches its pages once each; with small ones that is a quarter of the time of drawing it.
+/// A large picture touches each of its pages once; fewer, larger ones are fewer faults.
 void preferHugePages(std::uint8_t* memory, std::size_t size) {
   if (size < 4 * hugePage) return;
   const auto address = reinterpret_cast<std::uintptr_t>(memory);

@@ -27,8 +27,8 @@ class CodecReader {
   virtual Answer<Properties> properties(std::uint32_t index, const Limits& limits) = 0;
 };
 
-/// One row of the format table: how a format is recognised, read and written. `encode` is null for a format that is
-/// only read.
+/// One row of the format table: how a format is recognised, read and written. `encode` is null for a format
+/// that is only read.
 struct Codec {
   std::string_view type;  // the uniform type identifier
   bool (*matches)(FileBytes head);
@@ -40,7 +40,8 @@ struct Codec {
 
 /// Every format, in the order in which signatures are tried.
 std::span<const Codec> allCodecs();
-/// The codec whose signature the first `kSignatureBytes` bytes of a file (or all of a shorter one) bear, or null.
+/// The codec whose signature the first `kSignatureBytes` bytes of a file (or all of a shorter one) bear, or
+/// null.
 const Codec* codecForBytes(FileBytes head);
 /// The codec of a type identifier, compared exactly, or null.
 const Codec* codecForType(std::string_view type);

@@ -20,7 +20,8 @@ namespace ostra {
 
 enum class FaultKind { notImage, damaged, limit, crashed, timeout };
 
-/// Why the door gave nothing; never a library's own words. `limit` is `LimitName::none` unless the kind is `limit`.
+/// Why the door gave nothing; never a library's own words. `limit` is `LimitName::none` unless the kind is
+/// `limit`.
 struct Fault {
   FaultKind kind = FaultKind::damaged;
   LimitName limit = LimitName::none;
@@ -30,8 +31,8 @@ struct Fault {
 template <class T>
 using Answer = std::variant<T, Fault>;
 
-/// What the structure of a file claims, nothing decoded: the type identifier, the number of pictures, and frame 0.
-/// A number that the structure does not tell is 0.
+/// What the structure of a file claims, nothing decoded: the type identifier, the number of pictures, and
+/// frame 0. A number that the structure does not tell is 0.
 struct Opened {
   std::string type;
   std::uint32_t count = 0;
@@ -39,8 +40,8 @@ struct Opened {
   std::uint8_t bits = 0, components = 0;
 };
 
-/// Pixels as `CGImage` holds them: top row first, 8 bits or 16-bit little-endian words, alpha as `bitmapInfo` says.
-/// The model is gray, RGB or CMYK (not inverted: 0 is no ink).
+/// Pixels as `CGImage` holds them: top row first, 8 bits or 16-bit little-endian words, alpha as `bitmapInfo`
+/// says. The model is gray, RGB or CMYK (not inverted: 0 is no ink).
 struct Layout {
   std::uint32_t width = 0, height = 0;
   std::uint8_t bitsPerComponent = 8;

@@ -44,11 +44,12 @@ Answer<std::unique_ptr<Reader>> openFile(const UniqueFd& file, const Limits& lim
   const Codec* codec = codecForBytes(readBeginning(file.get(), kSignatureBytes));
   if (codec == nullptr) return Fault{FaultKind::notImage};
   auto contents = readContents(file.get(), limits.decodedBytes);
-  if (!contents) return Fault{FaultKind::limit, LimitName::decodedBytes};
-  auto opened = codec->open(contents->view, limits);
+  if (const auto* fault = std::get_if<Fault>(&contents)) return *fault;
+  auto& bytes = std::get<SharedBytes>(contents);
+  auto opened = codec->open(bytes.view, limits);
   if (const auto* fault = std::get_if<Fault>(&opened)) return *fault;
-  return std::make_unique<InProcessReader>(
-      std::move(*contents), std::get<std::unique_ptr<CodecReader>>(std::move(opened)), limits);
+  return std::make_unique<InProcessReader>(std::move(bytes),
+                                           std::get<std::unique_ptr<CodecReader>>(std::move(opened)), limits);
 }
 
 class InProcessDoor : public CodecDoor {

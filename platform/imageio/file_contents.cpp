@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <memory>
+#include <optional>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,14 +31,15 @@ Bytes readBeginning(int file, std::size_t size) {
   return bytes;
 }
 
-std::optional<SharedBytes> readContents(int file, std::uint64_t limit) {
+Answer<SharedBytes> readContents(int file, std::uint64_t limit) {
   struct stat status {};
-  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return std::nullopt;
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0)
+    return Fault{FaultKind::notImage};
   const auto size = static_cast<std::uint64_t>(status.st_size);
-  if (size > limit) return std::nullopt;
+  if (size > limit) return Fault{FaultKind::limit, LimitName::decodedBytes};
   const std::shared_ptr<std::uint8_t[]> memory(new std::uint8_t[size + 1]);
   const auto done = readFromStart(file, memory.get(), size);
-  if (!done) return std::nullopt;
+  if (!done) return Fault{FaultKind::damaged};
   return SharedBytes{memory, ByteView(memory.get(), *done)};
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 
 #include "platform/foundation/bytes.h"
+#include "platform/imageio/codec_door.h"
 
 namespace ostra {
 
@@ -11,8 +11,8 @@ namespace ostra {
 Bytes readBeginning(int file, std::size_t size);
 
 /// The bytes of a regular file, read into memory: a mapping would end the process when somebody shortens the
-/// file meanwhile. Nothing when it is no regular file, is larger than `limit`, or cannot be read. May throw
+/// file meanwhile. A fault when it is no regular file, is larger than `limit`, or cannot be read. May throw
 /// `std::bad_alloc`.
-std::optional<SharedBytes> readContents(int file, std::uint64_t limit);
+Answer<SharedBytes> readContents(int file, std::uint64_t limit);
 
 }  // namespace ostra

@@ -67,7 +67,8 @@ std::optional<std::vector<std::string>> CGImageDestinationCopyTypeIdentifiers() 
   return Service<ImageDestinationCreation>::current().typeIdentifiers();
 }
 
-std::unique_ptr<CGImageDestination> CGImageDestination::createWithData(Bytes& data, std::string_view typeIdentifier,
+std::unique_ptr<CGImageDestination> CGImageDestination::createWithData(Bytes& data,
+                                                                       std::string_view typeIdentifier,
                                                                        std::size_t count) {
   return Service<ImageDestinationCreation>::current().create(data, typeIdentifier, count);
 }

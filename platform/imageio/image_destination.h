@@ -18,8 +18,8 @@ std::optional<std::vector<std::string>> CGImageDestinationCopyTypeIdentifiers();
 /// A picture file being made in memory. One owner, one thread.
 class CGImageDestination {
  public:
-  /// Writes into `data`, which must outlive the destination. Null for a type that cannot be written, or a count that
-  /// the format does not hold.
+  /// Writes into `data`, which must outlive the destination. Null for a type that cannot be written, or a
+  /// count that the format does not hold.
   static std::unique_ptr<CGImageDestination> createWithData(Bytes& data, std::string_view typeIdentifier,
                                                             std::size_t count);
 

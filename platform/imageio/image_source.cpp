@@ -1,9 +1,9 @@
 #include "platform/imageio/image_source.h"
 
+#include <utility>
+
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#include <utility>
 
 #include "platform/foundation/service.h"
 #include "platform/imageio/codec_door.h"
@@ -37,15 +37,25 @@ CGImageRef imageOfPixels(Pixels pixels) {
                          CGColorRenderingIntent::standard);
 }
 
+// Every fault is "nothing" to the caller; of a limit people are told, since the file itself may be good.
+void notice(const URL& url, const Fault& fault) {
+  if (fault.kind == FaultKind::limit) Service<LimitNotice>::current().pictureStopped(url, fault.limit);
+  if (fault.kind == FaultKind::timeout)
+    Service<LimitNotice>::current().pictureStopped(url, LimitName::seconds);
+}
+
 class DoorImageSource : public CGImageSource {
  public:
-  DoorImageSource(URL url, std::unique_ptr<Reader> reader) : url_(std::move(url)), reader_(std::move(reader)) {}
+  DoorImageSource(URL url, std::unique_ptr<Reader> reader)
+      : url_(std::move(url)), reader_(std::move(reader)) {}
 
   std::optional<std::string> type() const override {
     if (reader_ == nullptr) return std::nullopt;
     return reader_->opened().type;
   }
-  std::int64_t count() const override { return reader_ == nullptr ? 0 : std::int64_t{reader_->opened().count}; }
+  std::int64_t count() const override {
+    return reader_ == nullptr ? 0 : std::int64_t{reader_->opened().count};
+  }
 
   std::optional<Properties> copyPropertiesAtIndex(std::size_t index) override {
     if (!has(index)) return std::nullopt;
@@ -63,8 +73,7 @@ class DoorImageSource : public CGImageSource {
   template <class T>
   std::optional<T> value(Answer<T> answer) const {
     if (T* found = std::get_if<T>(&answer)) return std::move(*found);
-    const Fault& fault = std::get<Fault>(answer);
-    if (fault.kind == FaultKind::limit) Service<LimitNotice>::current().pictureStopped(url_, fault.limit);
+    notice(url_, std::get<Fault>(answer));
     return std::nullopt;
   }
 
@@ -81,8 +90,8 @@ class DoorOpening : public ImageSourceOpening {
     std::unique_ptr<Reader> reader;
     if (auto* opened = std::get_if<std::unique_ptr<Reader>>(&answer)) {
       reader = std::move(*opened);
-    } else if (const Fault fault = std::get<Fault>(answer); fault.kind == FaultKind::limit) {
-      Service<LimitNotice>::current().pictureStopped(url, fault.limit);
+    } else {
+      notice(url, std::get<Fault>(answer));
     }
     return std::make_unique<DoorImageSource>(url, std::move(reader));
   }
@@ -90,7 +99,8 @@ class DoorOpening : public ImageSourceOpening {
 
 }  // namespace
 
-std::unique_ptr<CGImageSource> CGImageSource::createWithURL(const URL& url, const CGImageSourceOptions& options) {
+std::unique_ptr<CGImageSource> CGImageSource::createWithURL(const URL& url,
+                                                            const CGImageSourceOptions& options) {
   return Service<ImageSourceOpening>::current().open(url, options);
 }
 

@@ -21,8 +21,8 @@ struct CGImageSourceOptions {
 /// A picture file being read. One owner, one thread at a time.
 class CGImageSource {
  public:
-  /// Null when the file cannot be opened or is not a regular file. A file of any other content gives a source; one
-  /// that no reader knows has no type and a count of 0.
+  /// Null when the file cannot be opened or is not a regular file. A file of any other content gives a
+  /// source; one that no reader knows has no type and a count of 0.
   static std::unique_ptr<CGImageSource> createWithURL(const URL& url, const CGImageSourceOptions& options);
 
   virtual ~CGImageSource() = default;

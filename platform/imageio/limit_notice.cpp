@@ -8,14 +8,22 @@ namespace {
 
 const char* inWords(LimitName limit) {
   switch (limit) {
-    case LimitName::pixels: return "it claims too many pixels";
-    case LimitName::decodedBytes: return "it needs too much memory";
-    case LimitName::compressionRatio: return "it claims far more pixels than its size can hold";
-    case LimitName::frames: return "it holds too many frames";
-    case LimitName::metadataBytes: return "its metadata is too large";
-    case LimitName::profileBytes: return "its colour profile is too large";
-    case LimitName::seconds: return "decoding takes too long";
-    case LimitName::none: break;
+    case LimitName::pixels:
+      return "it claims too many pixels";
+    case LimitName::decodedBytes:
+      return "it needs too much memory";
+    case LimitName::compressionRatio:
+      return "it claims far more pixels than its size can hold";
+    case LimitName::frames:
+      return "it holds too many frames";
+    case LimitName::metadataBytes:
+      return "its metadata is too large";
+    case LimitName::profileBytes:
+      return "its colour profile is too large";
+    case LimitName::seconds:
+      return "decoding takes too long";
+    case LimitName::none:
+      break;
   }
   return "it exceeds a limit";
 }
@@ -31,7 +39,8 @@ std::string onOneLine(std::string text) {
 class StandardErrorNotice : public LimitNotice {
  public:
   void pictureStopped(const URL& picture, LimitName limit) override {
-    const std::string line = onOneLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
+    const std::string line =
+        onOneLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
     std::fputs(line.c_str(), stderr);
   }
 };

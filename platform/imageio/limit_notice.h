@@ -4,8 +4,8 @@
 
 namespace ostra {
 
-/// Who tells people that a limit stopped a picture: the failure itself only says that it could not be decoded.
-/// Replaceable through `Service<LimitNotice>`.
+/// Who tells people that a limit stopped a picture: the failure itself only says that it could not be
+/// decoded. Replaceable through `Service<LimitNotice>`.
 class LimitNotice {
  public:
   virtual ~LimitNotice() = default;

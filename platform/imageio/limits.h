@@ -5,7 +5,16 @@
 
 namespace ostra {
 
-enum class LimitName { none, pixels, decodedBytes, compressionRatio, frames, metadataBytes, profileBytes, seconds };
+enum class LimitName {
+  none,
+  pixels,
+  decodedBytes,
+  compressionRatio,
+  frames,
+  metadataBytes,
+  profileBytes,
+  seconds
+};
 
 /// What one file may ask of the machine. All in this struct; every reader is given one.
 struct Limits {
@@ -26,7 +35,7 @@ struct Limits {
 std::optional<std::uint64_t> checkedProduct(std::uint64_t a, std::uint64_t b, std::uint64_t c = 1);
 
 /// The limit that a picture of this size would break, judged before anything of it is decoded.
-LimitName exceededLimit(const Limits& limits, std::uint64_t width, std::uint64_t height, std::uint64_t bytesPerPixel,
-                        std::uint64_t fileSize);
+LimitName exceededLimit(const Limits& limits, std::uint64_t width, std::uint64_t height,
+                        std::uint64_t bytesPerPixel, std::uint64_t fileSize);
 
 }  // namespace ostra

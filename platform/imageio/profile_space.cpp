@@ -36,10 +36,14 @@ CGColorSpaceRef statedSpace(const ProfileRecord& profile, CGColorSpaceModel mode
 
 CGColorSpaceRef defaultSpace(CGColorSpaceModel model) {
   switch (model) {
-    case CGColorSpaceModel::monochrome: return CGColorSpace::createWithName(kCGColorSpaceGenericGrayGamma2_2);
-    case CGColorSpaceModel::rgb: return CGColorSpace::createWithName(kCGColorSpaceSRGB);
-    case CGColorSpaceModel::cmyk: return CGColorSpace::createWithName(kCGColorSpaceDeviceCMYK);
-    default: return nullptr;
+    case CGColorSpaceModel::monochrome:
+      return CGColorSpace::createWithName(kCGColorSpaceGenericGrayGamma2_2);
+    case CGColorSpaceModel::rgb:
+      return CGColorSpace::createWithName(kCGColorSpaceSRGB);
+    case CGColorSpaceModel::cmyk:
+      return CGColorSpace::createWithName(kCGColorSpaceDeviceCMYK);
+    default:
+      return nullptr;
   }
 }
 

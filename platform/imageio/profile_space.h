@@ -4,8 +4,8 @@
 
 namespace ostra {
 
-/// The space that a file states for pixels of `model`. Null when it states none, or one that cannot be meant: a
-/// profile that makes no space, or one of another model (a gray profile on RGB pixels).
+/// The space that a file states for pixels of `model`. Null when it states none, or one that cannot be meant:
+/// a profile that makes no space, or one of another model (a gray profile on RGB pixels).
 CGColorSpaceRef statedSpace(const ProfileRecord& profile, CGColorSpaceModel model);
 
 /// What pixels mean whose file states nothing: sRGB, the gray space with its curve, or device CMYK.

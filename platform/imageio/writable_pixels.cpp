@@ -21,27 +21,40 @@ struct Arrangement {
 
 std::optional<Arrangement> arrangementOf(CGImageAlphaInfo info) {
   switch (info) {
-    case CGImageAlphaInfo::none: return Arrangement{};
-    case CGImageAlphaInfo::premultipliedLast: return Arrangement{Extra::premultiplied, false};
-    case CGImageAlphaInfo::premultipliedFirst: return Arrangement{Extra::premultiplied, true};
-    case CGImageAlphaInfo::last: return Arrangement{Extra::straight, false};
-    case CGImageAlphaInfo::first: return Arrangement{Extra::straight, true};
-    case CGImageAlphaInfo::noneSkipLast: return Arrangement{Extra::skipped, false};
-    case CGImageAlphaInfo::noneSkipFirst: return Arrangement{Extra::skipped, true};
-    case CGImageAlphaInfo::only: break;
+    case CGImageAlphaInfo::none:
+      return Arrangement{};
+    case CGImageAlphaInfo::premultipliedLast:
+      return Arrangement{Extra::premultiplied, false};
+    case CGImageAlphaInfo::premultipliedFirst:
+      return Arrangement{Extra::premultiplied, true};
+    case CGImageAlphaInfo::last:
+      return Arrangement{Extra::straight, false};
+    case CGImageAlphaInfo::first:
+      return Arrangement{Extra::straight, true};
+    case CGImageAlphaInfo::noneSkipLast:
+      return Arrangement{Extra::skipped, false};
+    case CGImageAlphaInfo::noneSkipFirst:
+      return Arrangement{Extra::skipped, true};
+    case CGImageAlphaInfo::only:
+      break;
   }
   return std::nullopt;
 }
 
 std::optional<CGColorSpaceModel> modelOf(const CGImage& image, std::size_t colours) {
   if (const CGColorSpaceRef& space = image.colorSpace()) {
-    return space->numberOfComponents() == static_cast<int>(colours) ? std::optional(space->model()) : std::nullopt;
+    return space->numberOfComponents() == static_cast<int>(colours) ? std::optional(space->model())
+                                                                    : std::nullopt;
   }
   switch (colours) {
-    case 1: return CGColorSpaceModel::monochrome;
-    case 3: return CGColorSpaceModel::rgb;
-    case 4: return CGColorSpaceModel::cmyk;
-    default: return std::nullopt;
+    case 1:
+      return CGColorSpaceModel::monochrome;
+    case 3:
+      return CGColorSpaceModel::rgb;
+    case 4:
+      return CGColorSpaceModel::cmyk;
+    default:
+      return std::nullopt;
   }
 }
 
@@ -50,13 +63,15 @@ bool isWritable(CGColorSpaceModel model) {
          model == CGColorSpaceModel::cmyk;
 }
 
-// Colour divided by alpha, for every pair of 8-bit values: a division a sample would be the slowest part of writing.
+// Colour divided by alpha, for every pair of 8-bit values: a division a sample would be the slowest part of
+// writing.
 const std::array<std::array<std::uint8_t, 256>, 256>& straightColours() {
   static const auto table = [] {
     auto values = std::make_unique<std::array<std::array<std::uint8_t, 256>, 256>>();
     for (unsigned alpha = 1; alpha < 256; ++alpha) {
       for (unsigned colour = 0; colour < 256; ++colour)
-        (*values)[alpha][colour] = static_cast<std::uint8_t>(std::min(255u, (colour * 255 + alpha / 2) / alpha));
+        (*values)[alpha][colour] =
+            static_cast<std::uint8_t>(std::min(255u, (colour * 255 + alpha / 2) / alpha));
     }
     (*values)[0].fill(0);
     return *values;
@@ -105,16 +120,20 @@ SharedBytes arranged(const CGImage& image, std::size_t colours, const Arrangemen
 
 CGImageAlphaInfo writtenAlpha(Extra extra) {
   switch (extra) {
-    case Extra::none: return CGImageAlphaInfo::none;
-    case Extra::skipped: return CGImageAlphaInfo::noneSkipLast;
-    default: return CGImageAlphaInfo::last;
+    case Extra::none:
+      return CGImageAlphaInfo::none;
+    case Extra::skipped:
+      return CGImageAlphaInfo::noneSkipLast;
+    default:
+      return CGImageAlphaInfo::last;
   }
 }
 
 // Whether the rows lie inside the memory, each pixel whole.
 bool isConsistent(const CGImage& image) {
   const std::size_t bits = image.bitsPerComponent();
-  if ((bits != 8 && bits != 16) || image.bitsPerPixel() % bits != 0 || image.bitsPerPixel() > 5 * bits) return false;
+  if ((bits != 8 && bits != 16) || image.bitsPerPixel() % bits != 0 || image.bitsPerPixel() > 5 * bits)
+    return false;
   if (image.width() == 0 || image.height() == 0) return false;
   if (image.width() > UINT32_MAX || image.height() > UINT32_MAX) return false;
   const auto row = checkedProduct(image.width(), image.bitsPerPixel() / 8);

@@ -2,9 +2,13 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <map>
+#include <mutex>
 #include <stdexcept>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -104,6 +108,35 @@ std::string textAt(pid_t tracee, unsigned long address) {
   if (process_vm_readv(tracee, &local, 1, remote.data(), 2, 0) < 0) return {};
   return text.data();
 }
+
+constexpr auto kPatience = std::chrono::seconds(30);
+
+/// Ends a program that hangs, so that a test fails instead of waiting for ever.
+class Watchdog {
+ public:
+  explicit Watchdog(pid_t program) : thread_([this, program] { watch(program); }) {}
+  ~Watchdog() {
+    {
+      const std::lock_guard lock(mutex_);
+      over_ = true;
+    }
+    ended_.notify_one();
+    thread_.join();
+  }
+  Watchdog(const Watchdog&) = delete;
+  Watchdog& operator=(const Watchdog&) = delete;
+
+ private:
+  void watch(pid_t program) {
+    std::unique_lock lock(mutex_);
+    if (!ended_.wait_for(lock, kPatience, [this] { return over_; })) kill(program, SIGABRT);
+  }
+
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool over_ = false;
+  std::thread thread_;
+};
 
 /// Watches one program to its end.
 class Tracer {
@@ -222,6 +255,7 @@ FaultedRun runWithFault(const std::vector<std::string>& arguments, const std::st
                             PTRACE_O_TRACEVFORK | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
   ptrace(PTRACE_SETOPTIONS, program, nullptr, kOptions);
   ptrace(PTRACE_SYSCALL, program, nullptr, 0);
+  const Watchdog watchdog(program);
   FaultedRun run = Tracer(program, armedBy, fault).run();
   const Bytes errors = readFile(folder.path("err"));
   run.errors.assign(errors.begin(), errors.end());

@@ -29,6 +29,7 @@ bool canInjectFaults();
 
 /// Runs a program, with all its threads and children, and lets one of its file-system calls fail. Calls count
 /// from the first opening of a file whose path ends with `armedBy`, so that the loader's own are left alone.
+/// A program that hangs is ended with SIGABRT after half a minute.
 FaultedRun runWithFault(const std::vector<std::string>& arguments, const std::string& armedBy,
                         const std::optional<Fault>& fault, const ProgramOptions& options = {});
 

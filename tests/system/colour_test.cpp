@@ -78,11 +78,11 @@ Bytes bytesOf(const Profile& profile) {
   return bytes;
 }
 
-Profile named(std::string_view name) {
-  const CGColorSpaceRef space = CGColorSpace::createWithName(name);
-  const ByteView bytes = space->iccData();
+Profile opened(ByteView bytes) {
   return own(cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
 }
+
+Profile named(std::string_view name) { return opened(CGColorSpace::createWithName(name)->iccData()); }
 
 struct Source {
   const char* name;
@@ -138,10 +138,11 @@ TEST_P(Colour, AgreesWithADoublePrecisionEvaluationOfTheSameProfiles) {
   OSTRA_NEEDS_PROGRAM("convert");
   const InstalledProgram program;
   const Case& test = GetParam();
-  const Profile source = test.source.make();
+  const Bytes profile = bytesOf(test.source.make());
+  const Profile source = opened(profile);  // as stored: a profile's numbers are rounded when it is saved
   const auto samples = colours(test.bits);
   const std::string path = folder.path("a.png");
-  writeSource(path, samples, bytesOf(source));
+  writeSource(path, samples, profile);
   const ProgramResult run = program.run({test.gray ? "grayscale" : "srgb", path});
   ASSERT_EQ(run.status, 0) << run.errors;
   const auto result =
@@ -151,8 +152,10 @@ TEST_P(Colour, AgreesWithADoublePrecisionEvaluationOfTheSameProfiles) {
   const Profile target = named(test.gray ? kCGColorSpaceGenericGrayGamma2_2 : kCGColorSpaceSRGB);
   const std::unique_ptr<void, decltype(&cmsDeleteTransform)> reference(
       cmsCreateTransform(source.get(), TYPE_RGB_DBL, target.get(), test.gray ? TYPE_GRAY_DBL : TYPE_RGB_DBL,
-                         INTENT_PERCEPTUAL, cmsFLAGS_NOOPTIMIZE),
+                         INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_NOOPTIMIZE),
       &cmsDeleteTransform);
+  // Relative, because Little CMS adds black-point compensation to the perceptual intent of version 4
+  // profiles. These profiles have one table or none, which both intents use.
   ASSERT_NE(reference, nullptr);
   const double top = test.bits == 8 ? 255 : 65535;
   const double tolerance = test.bits == 8 ? 1 : 2;
@@ -200,7 +203,7 @@ TEST(OwnProfiles, AgreeWithTheStandardsPrimariesAndCurves) {
     std::array<double, 3> in{}, out{};
     for (double& value : in) value = static_cast<double>(random()) / 4294967295.0;
     cmsDoTransform(transform.get(), in.data(), out.data(), 1);
-    for (std::size_t c = 0; c < 3; ++c) ASSERT_NEAR(in[c] * 255, out[c] * 255, 0.5);
+    for (std::size_t c = 0; c < 3; ++c) ASSERT_NEAR(in[c] * 255, out[c] * 255, 1);
   }
 }
 

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -6,6 +9,13 @@
 
 namespace ostra::test {
 namespace {
+
+double meanDifference(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b) {
+  EXPECT_EQ(a.size(), b.size());
+  double sum = 0;
+  for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) sum += std::abs(int{a[i]} - int{b[i]});
+  return sum / static_cast<double>(a.size());
+}
 
 class Conversions : public testing::Test {
  protected:
@@ -128,13 +138,13 @@ TEST_F(Conversions, SixteenBitsStaySixteenBits) {
 TEST_F(Conversions, ACmykJpegKeepsItsFourInksUnderJpg) {
   makePicture(folder.path("a.jpg"), {"-colorspace", "CMYK", "-quality", "97"});
   const auto before = samples8(folder.path("a.jpg"), "CMYK");
+  convert({folder.path("a.jpg"), "-quality", "90", "-sampling-factor", "1x1", folder.path("peer.jpg")});
+  const auto peer = samples8(folder.path("peer.jpg"), "CMYK");
   convertWith("jpg", folder.path("a.jpg"));
   EXPECT_EQ(identify(folder.path("a.jpg"), "%[colorspace]"), "CMYK");
   const auto after = samples8(folder.path("a.jpg"), "CMYK");
-  ASSERT_EQ(before.size(), after.size());
-  double sum = 0;
-  for (std::size_t i = 0; i < before.size(); ++i) sum += std::abs(int{before[i]} - int{after[i]});
-  EXPECT_LT(sum / static_cast<double>(before.size()), 3.0);
+  // The picture is noisy, so how far a writer may stray is measured with another one at quality 90.
+  EXPECT_LE(meanDifference(before, after), meanDifference(before, peer));
 }
 
 TEST_F(Conversions, ConvertingToSrgbOrGrayTwiceChangesNoPixelOfAPng) {

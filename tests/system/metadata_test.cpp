@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -61,11 +62,26 @@ Tags withoutPixelDescription(Tags tags) {
     for (const char* start : {"[ICC_Profile]", "[ICC-", "[PNG]", "[PNG-", "[JFIF]", "[Adobe]", "[ICC"}) {
       if (line.starts_with(start)) return true;
     }
-    return line.find("] ColorSpace") != std::string::npos || line.find("] ExifImage") != std::string::npos ||
-           line.find("] CurrentIPTCDigest") != std::string::npos;
+    for (const char* name :
+         {" ColorSpace ", " ExifImageWidth ", " ExifImageHeight ", " CurrentIPTCDigest "}) {
+      if (line.find(name) != std::string::npos) return true;
+    }
+    return false;
   };
   tags.erase(std::remove_if(tags.begin(), tags.end(), describesPixels), tags.end());
   return tags;
+}
+
+// The lines of one list that the other has not: a readable difference.
+Tags missingFrom(const Tags& other, const Tags& tags) {
+  Tags missing;
+  std::set_difference(tags.begin(), tags.end(), other.begin(), other.end(), std::back_inserter(missing));
+  return missing;
+}
+
+void expectSame(const Tags& after, const Tags& before, const std::string& action) {
+  EXPECT_EQ(missingFrom(after, before), Tags()) << action << " lost these";
+  EXPECT_EQ(missingFrom(before, after), Tags()) << action << " added these";
 }
 
 class Metadata : public testing::Test {
@@ -92,7 +108,7 @@ TEST_F(Metadata, EveryActionKeepsTheTagsOfAJpeg) {
     const Tags before = withoutPixelDescription(tags(path));
     EXPECT_GT(before.size(), 30u);
     run(action, path);
-    EXPECT_EQ(withoutPixelDescription(tags(path)), before) << action;
+    expectSame(withoutPixelDescription(tags(path)), before, action);
   }
 }
 
@@ -105,7 +121,7 @@ TEST_F(Metadata, EveryActionInPlaceKeepsTheTagsOfAPng) {
     const Tags before = withoutPixelDescription(tags(path));
     EXPECT_GT(before.size(), 25u);
     run(action, path);
-    EXPECT_EQ(withoutPixelDescription(tags(path)), before) << action;
+    expectSame(withoutPixelDescription(tags(path)), before, action);
   }
 }
 
@@ -114,7 +130,7 @@ TEST_F(Metadata, AJpegBesideAPngTakesItsTagsAlong) {
   addMetadata(folder.path("a.png"));
   const Tags before = withoutPixelDescription(tags(folder.path("a.png")));
   run("srgb-jpg", folder.path("a.png"));
-  EXPECT_EQ(withoutPixelDescription(tags(folder.path("a.jpg"))), before);
+  expectSame(withoutPixelDescription(tags(folder.path("a.jpg"))), before, "srgb-jpg");
 }
 
 TEST_F(Metadata, TheExifColourSpaceGoesAndTheOrientationStays) {

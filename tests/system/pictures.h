@@ -25,7 +25,7 @@ std::vector<std::uint8_t> samples8(const std::string& path, const std::string& m
 std::vector<std::uint16_t> samples16(const std::string& path, const std::string& map);
 
 /// All tags that exiftool reads, one "Group:Tag: value" a line, less those that say what the file's bytes are
-/// like rather than what the picture is (file times, sizes, offsets).
+/// like rather than what the picture is (file times, sizes, offsets); sorted.
 std::vector<std::string> tags(const std::string& path);
 
 }  // namespace ostra::test

@@ -83,7 +83,8 @@ std::string markOf(const Outline& outline, const std::string& name) {
 std::vector<std::size_t> largestDescriptions(const Outline& outline, std::size_t excess) {
   const auto size = [&](std::size_t index) { return outline.part(outline.elements[index].span).size(); };
   std::vector<std::size_t> bySize = outline.descriptions;
-  std::stable_sort(bySize.begin(), bySize.end(), [&](std::size_t a, std::size_t b) { return size(a) > size(b); });
+  std::stable_sort(bySize.begin(), bySize.end(),
+                   [&](std::size_t a, std::size_t b) { return size(a) > size(b); });
   std::size_t removed = 0, count = 0;
   while (count < bySize.size() && removed < excess) removed += size(bySize[count++]);
   bySize.resize(count);
@@ -126,8 +127,8 @@ std::optional<SplitXmp> splitXmp(ByteView packet, std::size_t room) {
   SplitXmp split;
   split.extension = bytesOf(extension);
   split.name = md5Name(split.extension);
-  split.packet = bytesOf(std::string(outline->text.substr(0, rdf.content.begin)) + markOf(*outline, split.name) + rest +
-                         std::string(outline->text.substr(at)));
+  split.packet = bytesOf(std::string(outline->text.substr(0, rdf.content.begin)) +
+                         markOf(*outline, split.name) + rest + std::string(outline->text.substr(at)));
   if (split.packet.size() > room) return std::nullopt;
   return split;
 }

@@ -8,8 +8,8 @@
 
 namespace ostra {
 
-/// XMP in a JPEG (ISO 16684, storage in files): a packet that a segment does not hold has a second part, which goes in
-/// segments of its own and is named in the first.
+/// XMP in a JPEG (ISO 16684, storage in files): a packet that a segment does not hold has a second part,
+/// which goes in segments of its own and is named in the first.
 
 /// The packet that both parts make; nothing when one of them is not well-formed.
 std::optional<Bytes> joinXmp(ByteView packet, ByteView extension);
@@ -19,8 +19,8 @@ struct SplitXmp {
   Bytes extension;
   std::string name;
 };
-/// The packet in two parts, the first of at most `room` bytes: whole descriptions, the largest first, go to the
-/// second. Nothing when that cannot be done.
+/// The packet in two parts, the first of at most `room` bytes: whole descriptions, the largest first, go to
+/// the second. Nothing when that cannot be done.
 std::optional<SplitXmp> splitXmp(ByteView packet, std::size_t room);
 
 }  // namespace ostra

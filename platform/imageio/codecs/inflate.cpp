@@ -1,10 +1,10 @@
 #include "platform/imageio/codecs/inflate.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <memory>
 #include <new>
+
+#include <zlib.h>
 
 namespace ostra {
 

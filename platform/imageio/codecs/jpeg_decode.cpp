@@ -73,12 +73,16 @@ void connect(JpegDecoding& decoding, ByteView file) {
 
 J_COLOR_SPACE outputSpace(J_COLOR_SPACE stored) {
   switch (stored) {
-    case JCS_GRAYSCALE: return JCS_GRAYSCALE;
+    case JCS_GRAYSCALE:
+      return JCS_GRAYSCALE;
     case JCS_CMYK:
-    case JCS_YCCK: return JCS_CMYK;
+    case JCS_YCCK:
+      return JCS_CMYK;
     case JCS_RGB:
-    case JCS_YCbCr: return JCS_EXT_RGBX;
-    default: return JCS_UNKNOWN;
+    case JCS_YCbCr:
+      return JCS_EXT_RGBX;
+    default:
+      return JCS_UNKNOWN;
   }
 }
 

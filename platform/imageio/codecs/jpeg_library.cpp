@@ -17,10 +17,12 @@ bool isHarmless(const JpegErrors& errors) {
   switch (manager.msg_code) {
     case JWRN_ADOBE_XFORM:
     case JWRN_JFIF_MAJOR:
-    case JWRN_NOT_SEQUENTIAL: return true;
+    case JWRN_NOT_SEQUENTIAL:
+      return true;
     case JWRN_EXTRANEOUS_DATA:
       return !errors.inScan || (manager.msg_parm.i[0] <= kStrayBytes && manager.msg_parm.i[1] == kEndOfImage);
-    default: return false;
+    default:
+      return false;
   }
 }
 

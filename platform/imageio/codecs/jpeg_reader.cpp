@@ -31,8 +31,9 @@ void addJfif(const JpegSegments& segments, Dictionary& tree) {
   Dictionary group;
   if (segments.frame->progressive) group.emplace("IsProgressive", true);
   if (const auto& jfif = segments.jfif) {
-    group.emplace("JFIFVersion", Array{std::int64_t{jfif->majorVersion}, std::int64_t{jfif->minorVersion / 16},
-                                       std::int64_t{jfif->minorVersion % 16}});
+    group.emplace("JFIFVersion",
+                  Array{std::int64_t{jfif->majorVersion}, std::int64_t{jfif->minorVersion / 16},
+                        std::int64_t{jfif->minorVersion % 16}});
     group.emplace("DensityUnit", std::int64_t{jfif->unit});
     group.emplace("XDensity", std::int64_t{jfif->x});
     group.emplace("YDensity", std::int64_t{jfif->y});
@@ -50,8 +51,12 @@ class JpegReader : public CodecReader {
  public:
   JpegReader(FileBytes file, JpegSegments segments) : file_(file), segments_(std::move(segments)) {
     const JpegFrame& frame = *segments_.frame;
-    opened_ = {"public.jpeg", segments_.pictures,       frame.width,
-               frame.height,  static_cast<std::uint8_t>(frame.bits), static_cast<std::uint8_t>(frame.components)};
+    opened_ = {"public.jpeg",
+               segments_.pictures,
+               frame.width,
+               frame.height,
+               static_cast<std::uint8_t>(frame.bits),
+               static_cast<std::uint8_t>(frame.components)};
   }
 
   const Opened& opened() const override { return opened_; }

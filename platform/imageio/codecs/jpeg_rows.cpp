@@ -15,7 +15,8 @@ std::uint8_t reduced(unsigned word) { return static_cast<std::uint8_t>((word + 1
 // `value` of `full` over a background, its share being `alpha` of `full`.
 std::uint8_t over(unsigned value, unsigned alpha, unsigned background, unsigned full) {
   const std::uint64_t sum = std::uint64_t{value} * alpha + std::uint64_t{background} * (full - alpha);
-  return static_cast<std::uint8_t>((sum * 255 + std::uint64_t{full} * full / 2) / (std::uint64_t{full} * full));
+  return static_cast<std::uint8_t>((sum * 255 + std::uint64_t{full} * full / 2) /
+                                   (std::uint64_t{full} * full));
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 
 namespace ostra {
 
-/// The rows of a picture as a JPEG encoder takes them: 8 bits, no alpha, ink inverted as the Adobe programs store
-/// it. Rows that are so already are not copied.
+/// The rows of a picture as a JPEG encoder takes them: 8 bits, no alpha, ink inverted as the Adobe programs
+/// store it. Rows that are so already are not copied.
 class JpegRows {
  public:
   explicit JpegRows(const Pixels& pixels);
@@ -21,7 +21,7 @@ class JpegRows {
   void putOnWhite(const std::uint8_t* from);
 
   const Pixels& pixels_;
-  int stored_;   // samples of a pixel in memory
+  int stored_;  // samples of a pixel in memory
   int samples_;
   bool alpha_;
   bool ink_;

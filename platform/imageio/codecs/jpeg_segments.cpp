@@ -40,7 +40,8 @@ class SegmentWalk {
  private:
   // Skips what stands between segments, fill bytes among it, as the decoder does.
   bool findMarker() {
-    while (rest_.size() >= 2 && (rest_[0] != 0xFF || rest_[1] == 0xFF || rest_[1] == 0)) rest_ = rest_.subspan(1);
+    while (rest_.size() >= 2 && (rest_[0] != 0xFF || rest_[1] == 0xFF || rest_[1] == 0))
+      rest_ = rest_.subspan(1);
     return rest_.size() >= 2;
   }
   ByteView rest_;
@@ -170,8 +171,10 @@ class Collector {
   }
   void takeMetadata(ByteView data, JpegSegments& segments) {
     // Some writers leave a second, older block behind; readers take the first.
-    if (const auto rest = after(data, kJpegExifHead); rest && segments.exif.empty()) append(segments.exif, *rest);
-    if (const auto rest = after(data, kJpegXmpHead); rest && segments.xmp.empty()) append(segments.xmp, *rest);
+    if (const auto rest = after(data, kJpegExifHead); rest && segments.exif.empty())
+      append(segments.exif, *rest);
+    if (const auto rest = after(data, kJpegXmpHead); rest && segments.xmp.empty())
+      append(segments.xmp, *rest);
     if (const auto rest = after(data, kJpegExtendedXmpHead); rest && fits(*rest)) extension_.add(*rest);
   }
   void takeProfileOrIndex(ByteView data, JpegSegments& segments) {

@@ -43,12 +43,13 @@ struct JpegSegments {
   std::uint32_t pictures = 1;
 };
 
-/// Walks from marker to marker, as far as they can be followed. Blocks larger than the limits, and a profile of which a
-/// segment is missing, are left out.
+/// Walks from marker to marker, as far as they can be followed. Blocks larger than the limits, and a profile
+/// of which a segment is missing, are left out.
 JpegSegments readJpegSegments(ByteView file, const Limits& limits);
 
-/// The full views that a multi-picture index (CIPA DC-007) lists, the first included: panoramas, stereo, other angles.
-/// Previews, gain maps and everything else that goes with one view do not count. 1 for a malformed index.
+/// The full views that a multi-picture index (CIPA DC-007) lists, the first included: panoramas, stereo,
+/// other angles. Previews, gain maps and everything else that goes with one view do not count. 1 for a
+/// malformed index.
 std::uint32_t countJpegViews(ByteView index);
 
 }  // namespace ostra

@@ -44,10 +44,6 @@ JpegSettings jpegSettings(const Properties* properties) {
   settings.fullColour = settings.quality >= kFullColourQuality;
   const auto found = tree.find(kCGImagePropertyJFIFDictionary);
   const auto* jfif = found == tree.end() ? nullptr : found->second.get<Dictionary>();
-  const auto* progressive = jfif != nullptr && jfif->contains("IsProgressive")
-                                ? jfif->find("IsProgressive")->second.get<bool>()
-                                : nullptr;
-  settings.progressive = progressive != nullptr && *progressive;
   setDensity(settings, tree, jfif != nullptr ? *jfif : Dictionary());
   return settings;
 }

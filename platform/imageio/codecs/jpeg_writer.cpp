@@ -55,7 +55,6 @@ void setUp(JpegEncoding& encoding) {
   library.density_unit = settings.densityUnit;
   library.X_density = settings.xDensity;
   library.Y_density = settings.yDensity;
-  if (settings.progressive) jpeg_simple_progression(&library);
 }
 
 // Jumps: nothing here has a destructor.
@@ -69,7 +68,8 @@ bool run(JpegEncoding& encoding) {
   setUp(encoding);
   jpeg_start_compress(&library, TRUE);
   for (const JpegWrittenSegment& segment : encoding.segments)
-    jpeg_write_marker(&library, segment.marker, segment.data.data(), static_cast<unsigned>(segment.data.size()));
+    jpeg_write_marker(&library, segment.marker, segment.data.data(),
+                      static_cast<unsigned>(segment.data.size()));
   for (std::uint32_t y = 0; y < encoding.layout.height; ++y) {
     auto* row = const_cast<JSAMPROW>(encoding.rows.row(y));
     jpeg_write_scanlines(&library, &row, 1);
@@ -83,12 +83,14 @@ bool run(JpegEncoding& encoding) {
 int jpegQuality(double quality) {
   constexpr double kKnee = 0.9, kAtKnee = 92;
   const double q = std::clamp(quality, 0.0, 1.0);
-  const double scaled = q <= kKnee ? q / kKnee * kAtKnee : kAtKnee + (q - kKnee) / (1 - kKnee) * (100 - kAtKnee);
+  const double scaled =
+      q <= kKnee ? q / kKnee * kAtKnee : kAtKnee + (q - kKnee) / (1 - kKnee) * (100 - kAtKnee);
   return std::max(1, static_cast<int>(std::lround(scaled)));
 }
 
 Answer<Bytes> encodeJpeg(const Pixels& pixels, const Properties* properties) {
-  if (pixels.layout.width > kMaximumSide || pixels.layout.height > kMaximumSide) return Fault{FaultKind::damaged};
+  if (pixels.layout.width > kMaximumSide || pixels.layout.height > kMaximumSide)
+    return Fault{FaultKind::damaged};
   const auto segments = jpegSegmentsToWrite(pixels, properties);
   if (!segments) return Fault{FaultKind::damaged};
   const JpegSettings settings = jpegSettings(properties);

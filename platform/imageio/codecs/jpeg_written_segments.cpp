@@ -49,7 +49,8 @@ bool addExif(Segments& segments, Bytes block) {
 void addXmpExtension(Segments& segments, const SplitXmp& split) {
   constexpr std::size_t kNumbers = 32 + 4 + 4;
   std::size_t offset = 0;
-  for (const ByteView piece : pieces(split.extension, kJpegSegmentRoom - kJpegExtendedXmpHead.size() - kNumbers)) {
+  for (const ByteView piece :
+       pieces(split.extension, kJpegSegmentRoom - kJpegExtendedXmpHead.size() - kNumbers)) {
     Bytes block(split.name.begin(), split.name.end());
     appendBigEndian32(block, static_cast<std::uint32_t>(split.extension.size()));
     appendBigEndian32(block, static_cast<std::uint32_t>(offset));
@@ -106,7 +107,8 @@ std::optional<Segments> jpegSegmentsToWrite(const Pixels& pixels, const Properti
   addXmp(segments, blocks.xmp);
   if (!addProfile(segments, *profile)) return std::nullopt;
   for (const std::string& comment : blocks.comments) {
-    for (const ByteView piece : pieces(asBytes(comment), kJpegSegmentRoom)) add(segments, kComment, {}, piece);
+    for (const ByteView piece : pieces(asBytes(comment), kJpegSegmentRoom))
+      add(segments, kComment, {}, piece);
   }
   return segments;
 }

@@ -13,8 +13,8 @@ struct JpegWrittenSegment {
 };
 
 /// The segments after JFIF's, in the order in which readers expect them: Exif, Photoshop with the IPTC
-/// records, XMP, the profile, comments. Blocks that one segment does not hold continue in further ones; Exif, which may not,
-/// sheds. Nothing when the profile or the Exif block is malformed.
+/// records, XMP, the profile, comments. Blocks that one segment does not hold continue in further ones; Exif,
+/// which may not, sheds. Nothing when the profile or the Exif block is malformed.
 std::optional<std::vector<JpegWrittenSegment>> jpegSegmentsToWrite(const Pixels& pixels,
                                                                    const Properties* properties);
 

@@ -16,13 +16,15 @@ std::uint32_t rotated(std::uint32_t value, unsigned by) { return value << by | v
 std::array<std::uint32_t, 64> sineTable() {
   std::array<std::uint32_t, 64> table{};
   for (std::size_t i = 0; i < 64; ++i)
-    table[i] = static_cast<std::uint32_t>(std::floor(std::abs(std::sin(static_cast<double>(i + 1))) * 4294967296.0));
+    table[i] =
+        static_cast<std::uint32_t>(std::floor(std::abs(std::sin(static_cast<double>(i + 1))) * 4294967296.0));
   return table;
 }
 
 void addBlock(State& state, const std::uint8_t* block) {
   static const auto kSines = sineTable();
-  static constexpr unsigned kShifts[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
+  static constexpr unsigned kShifts[4][4] = {
+      {7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
   std::uint32_t words[16];
   std::memcpy(words, block, sizeof(words));
   auto [a, b, c, d] = state;
@@ -30,10 +32,18 @@ void addBlock(State& state, const std::uint8_t* block) {
     std::uint32_t mixed = 0;
     unsigned word = 0;
     switch (i / 16) {
-      case 0: mixed = (b & c) | (~b & d), word = i; break;
-      case 1: mixed = (d & b) | (~d & c), word = 5 * i + 1; break;
-      case 2: mixed = b ^ c ^ d, word = 3 * i + 5; break;
-      default: mixed = c ^ (b | ~d), word = 7 * i; break;
+      case 0:
+        mixed = (b & c) | (~b & d), word = i;
+        break;
+      case 1:
+        mixed = (d & b) | (~d & c), word = 5 * i + 1;
+        break;
+      case 2:
+        mixed = b ^ c ^ d, word = 3 * i + 5;
+        break;
+      default:
+        mixed = c ^ (b | ~d), word = 7 * i;
+        break;
     }
     const std::uint32_t sum = a + mixed + kSines[i] + words[word % 16];
     a = d;
@@ -53,11 +63,13 @@ std::string md5Name(ByteView bytes) {
   Bytes last(bytes.begin() + static_cast<std::ptrdiff_t>(whole), bytes.end());
   last.push_back(0x80);
   while (last.size() % 64 != 56) last.push_back(0);
-  for (unsigned i = 0; i < 8; ++i) last.push_back(static_cast<std::uint8_t>(std::uint64_t{bytes.size()} * 8 >> 8 * i));
+  for (unsigned i = 0; i < 8; ++i)
+    last.push_back(static_cast<std::uint8_t>(std::uint64_t{bytes.size()} * 8 >> 8 * i));
   for (std::size_t at = 0; at < last.size(); at += 64) addBlock(state, last.data() + at);
   std::string name;
   for (const std::uint32_t word : state) {
-    for (unsigned i = 0; i < 8; ++i) name += "0123456789ABCDEF"[word >> (8 * (i / 2) + (i % 2 == 0 ? 4 : 0)) & 15];
+    for (unsigned i = 0; i < 8; ++i)
+      name += "0123456789ABCDEF"[word >> (8 * (i / 2) + (i % 2 == 0 ? 4 : 0)) & 15];
   }
   return name;
 }

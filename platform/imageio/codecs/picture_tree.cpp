@@ -11,9 +11,12 @@ namespace {
 
 const char* nameOfModel(CGColorSpaceModel model) {
   switch (model) {
-    case CGColorSpaceModel::monochrome: return "Gray";
-    case CGColorSpaceModel::cmyk: return "CMYK";
-    default: return "RGB";
+    case CGColorSpaceModel::monochrome:
+      return "Gray";
+    case CGColorSpaceModel::cmyk:
+      return "CMYK";
+    default:
+      return "RGB";
   }
 }
 

@@ -15,12 +15,12 @@ struct PictureFacts {
   bool isIndexed = false;
 };
 
-/// The top level of a picture's properties: size, depth, colour model, the name of a stated profile, and the flags
-/// that are true.
+/// The top level of a picture's properties: size, depth, colour model, the name of a stated profile, and the
+/// flags that are true.
 Dictionary pictureTree(const PictureFacts& facts, const ProfileRecord& profile);
 
-/// The whole number that a density stands for when its file could not say it more closely, else the density itself.
-/// `step` is the smallest difference that the file can say.
+/// The whole number that a density stands for when its file could not say it more closely, else the density
+/// itself. `step` is the smallest difference that the file can say.
 double roundedDensity(double dotsPerInch, double step);
 
 }  // namespace ostra

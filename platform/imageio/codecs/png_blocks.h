@@ -15,8 +15,8 @@ struct PngBlocks {
   std::vector<std::pair<std::string, std::string>> groupTexts;
 };
 
-/// The metadata blocks of a file: eXIf, the XMP packet, all texts, and Exif, IPTC and XMP in raw profiles where the
-/// file has no native ones. More than `limit` bytes in all are not collected.
+/// The metadata blocks of a file: eXIf, the XMP packet, all texts, and Exif, IPTC and XMP in raw profiles
+/// where the file has no native ones. More than `limit` bytes in all are not collected.
 PngBlocks readPngBlocks(ByteView file, std::size_t limit);
 
 }  // namespace ostra

@@ -1,8 +1,8 @@
 #include "platform/imageio/codecs/png_chunks.h"
 
-#include <zlib.h>
-
 #include <algorithm>
+
+#include <zlib.h>
 
 #include "platform/imageio/codecs/big_endian.h"
 
@@ -13,12 +13,16 @@ constexpr std::size_t kChunkFrame = 12;  // length, type, checksum
 
 bool allowsDepth(unsigned colourType, unsigned bits) {
   switch (colourType) {
-    case 0: return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
-    case 3: return bits == 1 || bits == 2 || bits == 4 || bits == 8;
+    case 0:
+      return bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16;
+    case 3:
+      return bits == 1 || bits == 2 || bits == 4 || bits == 8;
     case 2:
     case 4:
-    case 6: return bits == 8 || bits == 16;
-    default: return false;
+    case 6:
+      return bits == 8 || bits == 16;
+    default:
+      return false;
   }
 }
 
@@ -75,9 +79,10 @@ std::optional<PngStructure> readPngStructure(ByteView file, std::uint32_t maximu
     if (chunk->type == pngType("tRNS") && beforePixels && !header->hasAlphaChannel())
       structure.hasTransparency = true;
   }
-  // Without its animation chunk a file is a still, whatever else lies in it; with it, frames that it does not count are
-  // still pictures that a rewrite would lose.
-  if (claimed > 0) structure.frames = std::clamp(std::max(claimed, controls), 1u, std::max(1u, maximumFrames));
+  // Without its animation chunk a file is a still, whatever else lies in it; with it, frames that it does not
+  // count are still pictures that a rewrite would lose.
+  if (claimed > 0)
+    structure.frames = std::clamp(std::max(claimed, controls), 1u, std::max(1u, maximumFrames));
   return structure;
 }
 

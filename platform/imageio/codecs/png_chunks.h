@@ -48,7 +48,9 @@ struct PngHeader {
   bool isPalette() const { return colourType == 3; }
   bool isGray() const { return colourType == 0 || colourType == 4; }
   bool hasAlphaChannel() const { return colourType == 4 || colourType == 6; }
-  CGColorSpaceModel model() const { return isGray() ? CGColorSpaceModel::monochrome : CGColorSpaceModel::rgb; }
+  CGColorSpaceModel model() const {
+    return isGray() ? CGColorSpaceModel::monochrome : CGColorSpaceModel::rgb;
+  }
 };
 std::optional<PngHeader> readPngHeader(ByteView file);
 

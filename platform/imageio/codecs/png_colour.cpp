@@ -44,15 +44,13 @@ std::optional<ProfileRecord> fromCodePoints(ByteView chunk) {
     std::string_view space;
   };
   constexpr std::array kRows = {
-      Row{1, 13, kCGColorSpaceSRGB},
-      Row{1, 8, kCGColorSpaceLinearSRGB},
-      Row{12, 13, kCGColorSpaceDisplayP3},
-      Row{9, 1, kCGColorSpaceITUR_2020},
-      Row{9, 14, kCGColorSpaceITUR_2020},
-      Row{9, 15, kCGColorSpaceITUR_2020},
+      Row{1, 13, kCGColorSpaceSRGB},       Row{1, 8, kCGColorSpaceLinearSRGB},
+      Row{12, 13, kCGColorSpaceDisplayP3}, Row{9, 1, kCGColorSpaceITUR_2020},
+      Row{9, 14, kCGColorSpaceITUR_2020},  Row{9, 15, kCGColorSpaceITUR_2020},
   };
-  const auto row = std::find_if(kRows.begin(), kRows.end(),
-                                [&](const Row& r) { return r.primaries == chunk[0] && r.transfer == chunk[1]; });
+  const auto row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& r) {
+    return r.primaries == chunk[0] && r.transfer == chunk[1];
+  });
   if (row == kRows.end()) return std::nullopt;
   return NamedSpace{std::string(row->space)};
 }

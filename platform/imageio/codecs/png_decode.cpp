@@ -1,10 +1,10 @@
 #include "platform/imageio/codecs/png_decode.h"
 
-#include <png.h>
-
 #include <algorithm>
 #include <cstring>
 #include <vector>
+
+#include <png.h>
 
 #include "platform/imageio/codecs/decode_clock.h"
 #include "platform/imageio/pixel_memory.h"
@@ -62,6 +62,8 @@ struct PngDecoding {
 };
 
 [[noreturn]] void onError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+// The library only warns of a wrong checksum over transparency, a wrong one over all the pixels, or data
+// beyond the last row: pixels that are not what was stored.
 void onWarning(png_structp png, png_const_charp text) { onError(png, text); }
 
 void onRead(png_structp png, png_bytep into, std::size_t size) {
@@ -74,13 +76,6 @@ void onRow(png_structp png, png_uint_32, int) {
   if (!decoding.clock.isOver()) return;
   decoding.outOfTime = true;
   png_error(png, "too slow");
-}
-
-// No warning is left unheard: each one means that bytes of the picture are missing, wrong or too many.
-void beStrict(png_structp png) {
-  png_set_benign_errors(png, 0);
-  png_set_crc_action(png, PNG_CRC_DEFAULT, PNG_CRC_ERROR_QUIT);
-  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
 }
 
 void expandToWholeSamples(png_structp png, const PngStructure& structure) {
@@ -96,7 +91,7 @@ void expandToWholeSamples(png_structp png, const PngStructure& structure) {
 bool run(png_structp png, png_infop info, PngDecoding& decoding, const PngStructure& structure,
          std::size_t bytesPerRow) {
   if (setjmp(png_jmpbuf(png)) != 0) return false;
-  beStrict(png);
+  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   png_set_read_fn(png, &decoding, onRead);
   png_set_read_status_fn(png, onRow);
   png_read_info(png, info);

@@ -4,8 +4,9 @@
 
 namespace ostra {
 
-/// The pixels of the default image, without a profile. The library is given the chunks that make pixels and no
-/// others; whatever it says against them is a fault: a checksum, bytes that are missing or too many, a missing end.
+/// The pixels of the default image, without a profile. The library is given the chunks that make pixels and
+/// no others; whatever it says against them is a fault: a checksum, bytes that are missing or too many, a
+/// missing end.
 Answer<Pixels> decodePngPixels(ByteView file, const PngStructure& structure, const Limits& limits);
 
 }  // namespace ostra

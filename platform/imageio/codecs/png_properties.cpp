@@ -36,8 +36,8 @@ Array chromaticities(ByteView chrm) {
 
 std::string timeText(ByteView time) {
   const auto two = [](unsigned number) { return (number < 10 ? "0" : "") + std::to_string(number); };
-  return std::to_string(bigEndian16(time, 0)) + ":" + two(time[2]) + ":" + two(time[3]) + " " + two(time[4]) + ":" +
-         two(time[5]) + ":" + two(time[6]);
+  return std::to_string(bigEndian16(time, 0)) + ":" + two(time[2]) + ":" + two(time[3]) + " " + two(time[4]) +
+         ":" + two(time[5]) + ":" + two(time[6]);
 }
 
 // The group's numbers, and the density, which the top level tells.
@@ -60,8 +60,8 @@ Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
   return group;
 }
 
-// The {PNG} group does not survive a rewrite. Its texts do where another group has a place for them and says nothing
-// there: put into the tree after the blocks were read, they count as new and are written.
+// The {PNG} group does not survive a rewrite. Its texts do where another group has a place for them and says
+// nothing there: put into the tree after the blocks were read, they count as new and are written.
 struct TextHome {
   std::string_view keyword, group, key;
 };

@@ -4,8 +4,8 @@
 
 namespace ostra {
 
-/// The properties of the default image: the header's facts, the {PNG} group, and the metadata blocks. What a chunk with
-/// a wrong checksum says is left out.
+/// The properties of the default image: the header's facts, the {PNG} group, and the metadata blocks. What a
+/// chunk with a wrong checksum says is left out.
 Properties readPngProperties(ByteView file, const PngStructure& structure, const ProfileRecord& profile,
                              const Limits& limits);
 

@@ -18,7 +18,11 @@ class PngReader : public CodecReader {
  public:
   PngReader(FileBytes file, const PngStructure& structure) : file_(file), structure_(structure) {
     const PngHeader& header = structure.header;
-    opened_ = {"public.png",  structure.frames, header.width, header.height, static_cast<std::uint8_t>(header.bits),
+    opened_ = {"public.png",
+               structure.frames,
+               header.width,
+               header.height,
+               static_cast<std::uint8_t>(header.bits),
                componentsOf(structure)};
   }
 

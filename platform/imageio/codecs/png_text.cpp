@@ -107,9 +107,9 @@ std::string pngRawProfile(std::string_view kind, ByteView bytes) {
 }
 
 bool isPngGroupKeyword(std::string_view keyword) {
-  constexpr std::array<std::string_view, 10> kKeywords = {"Author",     "Comment",  "Copyright", "Creation Time",
-                                                          "Description", "Disclaimer", "Software",  "Source",
-                                                          "Title",      "Warning"};
+  constexpr std::array<std::string_view, 10> kKeywords = {
+      "Author",     "Comment",  "Copyright", "Creation Time", "Description",
+      "Disclaimer", "Software", "Source",    "Title",         "Warning"};
   return std::find(kKeywords.begin(), kKeywords.end(), keyword) != kKeywords.end();
 }
 

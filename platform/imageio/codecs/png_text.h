@@ -11,8 +11,8 @@ namespace ostra {
 
 /// The keyword of an iTXt chunk that holds an XMP packet.
 inline constexpr std::string_view kPngXmpKeyword = "XML:com.adobe.xmp";
-/// What precedes the kind of block in the keyword of a text that holds one in hexadecimal, as many programs wrote
-/// metadata before PNG had places for it.
+/// What precedes the kind of block in the keyword of a text that holds one in hexadecimal, as many programs
+/// wrote metadata before PNG had places for it.
 inline constexpr std::string_view kPngRawProfile = "Raw profile type ";
 
 struct PngText {
@@ -20,7 +20,8 @@ struct PngText {
   std::string text;  // UTF-8; of an XMP packet the bytes as they are
 };
 
-/// The text of a tEXt, zTXt or iTXt chunk; nothing for other chunks, a malformed one, or one of more than `limit` bytes.
+/// The text of a tEXt, zTXt or iTXt chunk; nothing for other chunks, a malformed one, or one of more than
+/// `limit` bytes.
 std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit);
 
 /// The bytes that a raw profile's text holds; nothing when it is none.

@@ -1,8 +1,8 @@
-#include <png.h>
-
 #include <cstring>
 #include <exception>
 #include <vector>
+
+#include <png.h>
 
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/png_written_chunks.h"
@@ -10,8 +10,8 @@
 namespace ostra {
 namespace {
 
-// Measured on photographs and screen pictures: more filters and higher levels double the time and more, for some hundredths
-// of the size.
+// Measured on photographs and screen pictures: more filters and higher levels double the time and more, for
+// some hundredths of the size.
 constexpr int kCompressionLevel = 2;
 constexpr int kFilters = PNG_FILTER_SUB | PNG_FILTER_PAETH;
 
@@ -71,7 +71,8 @@ bool encodeInto(PngEncoding& encoding) {
 }
 
 std::optional<int> colourTypeOf(const Layout& layout, bool alpha) {
-  if (layout.model == CGColorSpaceModel::monochrome) return alpha ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
+  if (layout.model == CGColorSpaceModel::monochrome)
+    return alpha ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_GRAY;
   if (layout.model == CGColorSpaceModel::rgb) return alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
   return std::nullopt;
 }

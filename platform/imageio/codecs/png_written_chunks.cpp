@@ -56,7 +56,8 @@ void addDensity(Chunks& chunks, const Dictionary& tree) {
   constexpr double kMetresAnInch = 0.0254;
   Bytes data;
   for (const double dots : {density->x, density->y})
-    appendBigEndian32(data, static_cast<std::uint32_t>(std::clamp(std::round(dots / kMetresAnInch), 1.0, 2147483647.0)));
+    appendBigEndian32(
+        data, static_cast<std::uint32_t>(std::clamp(std::round(dots / kMetresAnInch), 1.0, 2147483647.0)));
   data.push_back(1);  // the unit: metre
   add(chunks, "pHYs", std::move(data));
 }

@@ -12,8 +12,9 @@ struct PngWrittenChunk {
   Bytes data;
 };
 
-/// The chunks between the header and the pixels: what the colours mean, then density and metadata. Nothing when
-/// the profile or a metadata block is malformed.
-std::optional<std::vector<PngWrittenChunk>> pngChunksToWrite(const Pixels& pixels, const Properties* properties);
+/// The chunks between the header and the pixels: what the colours mean, then density and metadata. Nothing
+/// when the profile or a metadata block is malformed.
+std::optional<std::vector<PngWrittenChunk>> pngChunksToWrite(const Pixels& pixels,
+                                                             const Properties* properties);
 
 }  // namespace ostra

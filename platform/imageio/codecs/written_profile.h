@@ -5,8 +5,8 @@
 
 namespace ostra {
 
-/// The ICC profile to embed for pixels of `model`; empty when they state none. Nothing when what they state makes no
-/// profile for such pixels: then no file is written.
+/// The ICC profile to embed for pixels of `model`; empty when they state none. Nothing when what they state
+/// makes no profile for such pixels: then no file is written.
 std::optional<Bytes> writtenProfile(const ProfileRecord& profile, CGColorSpaceModel model);
 
 }  // namespace ostra

@@ -25,7 +25,9 @@ Bytes deflated(ByteView bytes) {
 Bytes iccChunk(const Bytes& profile) {
   return pngChunk("iCCP", joined({bytesOfText("icc"), {0, 0}, deflated(profile)}));
 }
-Bytes gammaChunk(std::uint8_t a, std::uint8_t b, std::uint8_t c) { return pngChunk("gAMA", Bytes{0, a, b, c}); }
+Bytes gammaChunk(std::uint8_t a, std::uint8_t b, std::uint8_t c) {
+  return pngChunk("gAMA", Bytes{0, a, b, c});
+}
 
 std::string nameIn(const ProfileRecord& record) {
   const auto* named = std::get_if<NamedSpace>(&record);
@@ -39,8 +41,8 @@ class PngColour : public testing::Test {
     rgb_ = madeByImageMagick({"-size", "3x2", "xc:red", "-strip", "-define", "png:color-type=2", "-define",
                               "png:exclude-chunks=all"},
                              "png");
-    gray_ = madeByImageMagick({"-size", "3x2", "xc:gray50", "-strip", "-define", "png:color-type=0", "-define",
-                               "png:exclude-chunks=all"},
+    gray_ = madeByImageMagick({"-size", "3x2", "xc:gray50", "-strip", "-define", "png:color-type=0",
+                               "-define", "png:exclude-chunks=all"},
                               "png");
   }
   static ProfileRecord recordOf(const Bytes& png, std::initializer_list<Bytes> chunks) {
@@ -64,7 +66,9 @@ TEST_F(PngColour, OfAProfileIsItsBytes) {
   EXPECT_EQ(propertiesOf(withPngChunk(rgb_, iccChunk(profile))).tree.at("ProfileName"), Value("Display P3"));
 }
 
-TEST_F(PngColour, OfTheSRgbMarkHoldsOverGamma) { EXPECT_EQ(nameIn(recordOf(rgb_, {gamma_, srgb_})), kCGColorSpaceSRGB); }
+TEST_F(PngColour, OfTheSRgbMarkHoldsOverGamma) {
+  EXPECT_EQ(nameIn(recordOf(rgb_, {gamma_, srgb_})), kCGColorSpaceSRGB);
+}
 
 TEST_F(PngColour, OfGammaAloneHasTheUsualPrimaries) {
   const auto record = recordOf(rgb_, {gamma_});
@@ -148,7 +152,8 @@ class JpegColour : public testing::Test {
   static Bytes exifSegment(const std::string& colorSpace, const std::string& interop) {
     const TemporaryFolder folder;
     writeFile(folder.path("a.jpg"), madeByImageMagick({"-size", "8x8", "xc:red", "-strip"}, "jpg"));
-    std::vector<std::string> words = {"exiftool", "-q", "-overwrite_original", "-ExifIFD:ColorSpace#=" + colorSpace};
+    std::vector<std::string> words = {"exiftool", "-q", "-overwrite_original",
+                                      "-ExifIFD:ColorSpace#=" + colorSpace};
     if (!interop.empty()) words.push_back("-InteropIndex#=" + interop);
     words.push_back(folder.path("a.jpg"));
     run(words);
@@ -160,13 +165,18 @@ class JpegColour : public testing::Test {
 TEST_F(JpegColour, OfAProfileInSegmentsOutOfOrderIsTheWholeProfile) {
   const Bytes profile = profileOf(kCGColorSpaceDisplayP3);
   const ByteView view(profile);
-  const Bytes first = profileSegment(1, 3, view.first(100)), second = profileSegment(2, 3, view.subspan(100, 100)),
+  const Bytes first = profileSegment(1, 3, view.first(100)),
+              second = profileSegment(2, 3, view.subspan(100, 100)),
               third = profileSegment(3, 3, view.subspan(200));
   const auto record = decoded(withJpegSegment(file_, joined({third, first, second}))).profile;
   ASSERT_TRUE(std::holds_alternative<IccProfile>(record));
   EXPECT_EQ(std::get<IccProfile>(record).bytes, profile);
-  EXPECT_TRUE(std::holds_alternative<Untagged>(decoded(withJpegSegment(file_, joined({third, first}))).profile))
+  EXPECT_TRUE(
+      std::holds_alternative<Untagged>(decoded(withJpegSegment(file_, joined({third, first}))).profile))
       << "a part is missing";
+  EXPECT_TRUE(
+      std::holds_alternative<Untagged>(decoded(withJpegSegment(file_, joined({first, second}))).profile))
+      << "the last part is missing";
 }
 
 TEST_F(JpegColour, OfExifsMarksIsSRgbOrAdobeRgb) {
@@ -197,7 +207,8 @@ TEST_F(JpegColour, IsWrittenAsAProfileInAsManySegmentsAsItNeeds) {
   // A real profile, made large by a tag that no reader asks for.
   Bytes large = profileOf(kCGColorSpaceDisplayP3);
   large.resize(150'000);
-  for (int i = 0; i < 4; ++i) large[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(large.size() >> (24 - 8 * i));
+  for (int i = 0; i < 4; ++i)
+    large[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(large.size() >> (24 - 8 * i));
   pixels.profile = IccProfile{large};
   const TemporaryFolder folder;
   writeFile(folder.path("a.jpg"), encoded("public.jpeg", pixels));

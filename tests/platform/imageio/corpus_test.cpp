@@ -30,7 +30,8 @@ TEST(Corpus, IsReadWithoutACrashAndRewrittenWithoutALoss) {
     written.profile = Untagged{};
     const auto again = CodecDoor::standard().encode("public.png", written, &std::get<Properties>(properties));
     // Metadata that cannot be written is refused; the engine then goes without.
-    const Bytes bytes = std::holds_alternative<Bytes>(again) ? std::get<Bytes>(again) : encoded("public.png", written);
+    const Bytes bytes =
+        std::holds_alternative<Bytes>(again) ? std::get<Bytes>(again) : encoded("public.png", written);
     EXPECT_EQ(asRgba16(decoded(bytes)), asRgba16(original)) << entry.path();
   }
   EXPECT_GT(pictures, 0u);

@@ -61,16 +61,18 @@ TEST_P(Damage, AFlippedBitNeverCrashes) {
   EXPECT_GT(refused, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryFormat, Damage,
-    testing::Values(Sample{"PngRgb", {}, "png"}, Sample{"PngInterlaced", {"-interlace", "PNG"}, "png"},
-                    Sample{"PngPalette", {"-colors", "15", "-type", "palette"}, "png"},
-                    Sample{"PngGray16", {"-colorspace", "gray", "-depth", "16"}, "png"},
-                    Sample{"JpegBaseline", {"-quality", "90"}, "jpg"},
-                    Sample{"JpegProgressive", {"-interlace", "JPEG"}, "jpg"},
-                    Sample{"JpegGray", {"-colorspace", "gray"}, "jpg"},
-                    Sample{"JpegInk", {"-colorspace", "CMYK"}, "jpg"}),
-    [](const testing::TestParamInfo<Sample>& sample) { return std::string(sample.param.name); });
+INSTANTIATE_TEST_SUITE_P(EveryFormat, Damage,
+                         testing::Values(Sample{"PngRgb", {}, "png"},
+                                         Sample{"PngInterlaced", {"-interlace", "PNG"}, "png"},
+                                         Sample{"PngPalette", {"-colors", "15", "-type", "palette"}, "png"},
+                                         Sample{"PngGray16", {"-colorspace", "gray", "-depth", "16"}, "png"},
+                                         Sample{"JpegBaseline", {"-quality", "90"}, "jpg"},
+                                         Sample{"JpegProgressive", {"-interlace", "JPEG"}, "jpg"},
+                                         Sample{"JpegGray", {"-colorspace", "gray"}, "jpg"},
+                                         Sample{"JpegInk", {"-colorspace", "CMYK"}, "jpg"}),
+                         [](const testing::TestParamInfo<Sample>& sample) {
+                           return std::string(sample.param.name);
+                         });
 
 class PngChecksums : public testing::Test {
  protected:
@@ -111,21 +113,34 @@ TEST_F(PngChecksums, DataBeyondTheLastRowIsNotIgnored) {
   // One row less in the header than there is in the stream.
   Bytes header(file_.begin() + 16, file_.begin() + 29);
   header[7] = static_cast<std::uint8_t>(kHeight - 1);
-  const Bytes file =
-      joined({Bytes(file_.begin(), file_.begin() + 8), pngChunk("IHDR", header), Bytes(file_.begin() + 33, file_.end())});
+  const Bytes file = joined({Bytes(file_.begin(), file_.begin() + 8), pngChunk("IHDR", header),
+                             Bytes(file_.begin() + 33, file_.end())});
+  EXPECT_EQ(faultOf(decodeBytes(file)), Fault{FaultKind::damaged});
+}
+
+// The checksum over the whole of the pixels, inside the compressed stream.
+TEST_F(PngChecksums, OfTheStreamMustBeRight) {
+  const std::size_t at = positionOf("IDAT", file_);
+  const std::size_t size = file_.at(at - 2) << 8 | file_.at(at - 1);
+  const auto begin = file_.begin() + static_cast<std::ptrdiff_t>(at + 4);
+  Bytes stream(begin, begin + static_cast<std::ptrdiff_t>(size));
+  stream.back() ^= 1;
+  const Bytes file = joined({Bytes(file_.begin(), begin - 8), pngChunk("IDAT", stream),
+                             Bytes(begin + static_cast<std::ptrdiff_t>(size + 4), file_.end())});
   EXPECT_EQ(faultOf(decodeBytes(file)), Fault{FaultKind::damaged});
 }
 
 TEST(Limits, StopADecodeBeforeItAllocates) {
   OSTRA_NEEDS_PROGRAM("convert");
-  const Bytes small = madeByImageMagick({"-size", "47x33", "plasma:", "-colorspace", "gray", "-depth", "8"}, "png");
+  const Bytes small =
+      madeByImageMagick({"-size", "47x33", "plasma:", "-colorspace", "gray", "-depth", "8"}, "png");
   Bytes header(small.begin() + 16, small.begin() + 29);
   for (const int at : {2, 6}) {
     header[at] = 0xFD;
     header[at + 1] = 0xE8;  // 65000
   }
-  const Bytes claim =
-      joined({Bytes(small.begin(), small.begin() + 8), pngChunk("IHDR", header), Bytes(small.begin() + 33, small.end())});
+  const Bytes claim = joined({Bytes(small.begin(), small.begin() + 8), pngChunk("IHDR", header),
+                              Bytes(small.begin() + 33, small.end())});
   EXPECT_TRUE(std::holds_alternative<std::unique_ptr<Reader>>(openBytes(claim))) << "opening refuses no size";
   EXPECT_EQ(faultOf(decodeBytes(claim)), (Fault{FaultKind::limit, LimitName::pixels}));
 

@@ -40,7 +40,8 @@ Bytes colourSamples(const Pixels& pixels) {
 Bytes withoutSegment(Bytes file, std::string_view head) {
   const std::size_t at = positionOf(head, file) - 4;
   const std::size_t length = 2u + (file.at(at + 2) << 8 | file.at(at + 3));
-  file.erase(file.begin() + static_cast<std::ptrdiff_t>(at), file.begin() + static_cast<std::ptrdiff_t>(at + length));
+  file.erase(file.begin() + static_cast<std::ptrdiff_t>(at),
+             file.begin() + static_cast<std::ptrdiff_t>(at + length));
   return file;
 }
 
@@ -72,14 +73,15 @@ TEST_P(JpegReading, TellsSizeDepthAndModel) {
   EXPECT_EQ(tree.count("HasAlpha"), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryKind, JpegReading,
-                         testing::Values(Kind{"Baseline420", {"-sample", "2x2"}}, Kind{"Baseline422", {"-sample", "2x1"}},
-                                         Kind{"Baseline440", {"-sample", "1x2"}}, Kind{"Baseline444", {"-sample", "1x1"}},
-                                         Kind{"Progressive", {"-progressive"}}, Kind{"Restarts", {"-restart", "1"}},
-                                         Kind{"Arithmetic", {"-arithmetic"}}, Kind{"StoredAsRgb", {"-rgb"}},
-                                         Kind{"Gray", {"-grayscale"}, 1},
-                                         Kind{"GrayProgressive", {"-grayscale", "-progressive"}, 1}),
-                         [](const testing::TestParamInfo<Kind>& kind) { return std::string(kind.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    EveryKind, JpegReading,
+    testing::Values(Kind{"Baseline420", {"-sample", "2x2"}}, Kind{"Baseline422", {"-sample", "2x1"}},
+                    Kind{"Baseline440", {"-sample", "1x2"}}, Kind{"Baseline444", {"-sample", "1x1"}},
+                    Kind{"Progressive", {"-progressive"}}, Kind{"Restarts", {"-restart", "1"}},
+                    Kind{"Arithmetic", {"-arithmetic"}}, Kind{"StoredAsRgb", {"-rgb"}},
+                    Kind{"Gray", {"-grayscale"}, 1},
+                    Kind{"GrayProgressive", {"-grayscale", "-progressive"}, 1}),
+    [](const testing::TestParamInfo<Kind>& kind) { return std::string(kind.param.name); });
 
 class JpegInk : public testing::Test {
  protected:
@@ -88,7 +90,8 @@ class JpegInk : public testing::Test {
   static Bytes inkJpeg() {
     const TemporaryFolder folder;
     writeFile(folder.path("raw"), softSamples(kWidth, kHeight, 4, 8));
-    return madeByImageMagick({"-size", "47x33", "-depth", "8", "cmyk:" + folder.path("raw"), "-quality", "98"}, "jpg");
+    return madeByImageMagick(
+        {"-size", "47x33", "-depth", "8", "cmyk:" + folder.path("raw"), "-quality", "98"}, "jpg");
   }
   // The Adobe mark says 0 for ink as it is and 2 for YCCK.
   static Bytes withTransform(Bytes file, std::uint8_t transform) {
@@ -101,7 +104,9 @@ class JpegInk : public testing::Test {
     run({"convert", folder.path("a.jpg"), "-depth", "8", "cmyk:" + folder.path("raw")});
     return readFile(folder.path("raw"));
   }
-  static Bytes allSamples(const Pixels& pixels) { return Bytes(pixels.bytes.view.begin(), pixels.bytes.view.end()); }
+  static Bytes allSamples(const Pixels& pixels) {
+    return Bytes(pixels.bytes.view.begin(), pixels.bytes.view.end());
+  }
 };
 
 TEST_F(JpegInk, StoredTheAdobeWayIsAnAmount) {
@@ -209,7 +214,8 @@ TEST_F(JpegOddities, TheDensityIsThatOfJfif) {
   const Bytes plain = withoutSegment(jpegOf({}), "JFIF");
   const auto treeOf = [&](std::uint8_t unit) {
     const Bytes density = {1, 2, unit, 0, 118, 0, 59, 0, 0};
-    return propertiesOf(withJpegSegment(plain, jpegSegment(0xE0, std::string_view{"JFIF\0", 5}, density))).tree;
+    return propertiesOf(withJpegSegment(plain, jpegSegment(0xE0, std::string_view{"JFIF\0", 5}, density)))
+        .tree;
   };
   EXPECT_EQ(treeOf(1).at("DPIWidth"), Value(118.0));
   EXPECT_EQ(treeOf(1).at("DPIHeight"), Value(59.0));

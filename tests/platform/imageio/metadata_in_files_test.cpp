@@ -25,8 +25,8 @@ using Lines = std::vector<std::string>;
 Lines tagsOf(const Bytes& file, const std::string& extension) {
   const TemporaryFolder folder;
   writeFile(folder.path("a." + extension), file);
-  std::istringstream text(run({"exiftool", "-a", "-G1", "-s", "-e", "--System:all", "--File:all", "--ExifTool:all",
-                               "--Composite:all", folder.path("a." + extension)}));
+  std::istringstream text(run({"exiftool", "-a", "-G1", "-s", "-e", "--System:all", "--File:all",
+                               "--ExifTool:all", "--Composite:all", folder.path("a." + extension)}));
   Lines lines;
   for (std::string line; std::getline(text, line);) lines.push_back(line);
   std::sort(lines.begin(), lines.end());
@@ -35,7 +35,8 @@ Lines tagsOf(const Bytes& file, const std::string& extension) {
 
 Lines withoutGroups(Lines lines, std::initializer_list<std::string_view> groups) {
   const auto unwanted = [&](const std::string& line) {
-    return std::any_of(groups.begin(), groups.end(), [&](std::string_view group) { return line.starts_with(group); });
+    return std::any_of(groups.begin(), groups.end(),
+                       [&](std::string_view group) { return line.starts_with(group); });
   };
   std::erase_if(lines, unwanted);
   return lines;
@@ -50,17 +51,18 @@ Bytes tagged(const Bytes& file, const std::string& extension, std::vector<std::s
   return readFile(folder.path("a." + extension));
 }
 
-const Lines kTags = {"-Make=Nobody",      "-Orientation#=6",      "-ExposureTime=1/60",    "-GPSLatitude=48.5",
-                     "-GPSLatitudeRef=N", "-XMP-dc:Title=Tower",  "-XMP-dc:Subject=iron",  "-UserComment=by hand",
-                     "-XResolution=300",  "-YResolution=300",     "-ResolutionUnit=inches"};
+const Lines kTags = {"-Make=Nobody",         "-Orientation#=6",       "-ExposureTime=1/60",
+                     "-GPSLatitude=48.5",    "-GPSLatitudeRef=N",     "-XMP-dc:Title=Tower",
+                     "-XMP-dc:Subject=iron", "-UserComment=by hand",  "-XResolution=300",
+                     "-YResolution=300",     "-ResolutionUnit=inches"};
 
 // A rewrite as the engine does it: pixels decoded, the properties less what describes the old file, encoded.
 Bytes rewritten(const Bytes& file, std::string_view type) {
   Properties properties = propertiesOf(file);
   for (const std::string_view key :
-       {kCGImagePropertyPixelWidth, kCGImagePropertyPixelHeight, kCGImagePropertyDepth, kCGImagePropertyHasAlpha,
-        kCGImagePropertyColorModel, kCGImagePropertyProfileName, kCGImagePropertyIsIndexed,
-        kCGImagePropertyPNGDictionary})
+       {kCGImagePropertyPixelWidth, kCGImagePropertyPixelHeight, kCGImagePropertyDepth,
+        kCGImagePropertyHasAlpha, kCGImagePropertyColorModel, kCGImagePropertyProfileName,
+        kCGImagePropertyIsIndexed, kCGImagePropertyPNGDictionary})
     properties.remove(key);
   return encoded(type, decoded(file), properties.empty() ? nullptr : &properties);
 }
@@ -70,8 +72,8 @@ class MetadataInFiles : public testing::Test {
   void SetUp() override {
     OSTRA_NEEDS_PROGRAM("convert");
     OSTRA_NEEDS_PROGRAM("exiftool");
-    png_ = madeByImageMagick({"-size", "47x33", "plasma:", "-depth", "8", "-strip", "-define", "png:exclude-chunks=all"},
-                             "png");
+    png_ = madeByImageMagick(
+        {"-size", "47x33", "plasma:", "-depth", "8", "-strip", "-define", "png:exclude-chunks=all"}, "png");
     jpeg_ = madeByImageMagick({"-size", "47x33", "plasma:", "-strip"}, "jpg");
   }
   Bytes png_, jpeg_;
@@ -79,7 +81,8 @@ class MetadataInFiles : public testing::Test {
 
 TEST_F(MetadataInFiles, OfAPngComeOutAsTheyWentIn) {
   const Bytes file = tagged(png_, "png", kTags);
-  const Lines before = withoutGroups(tagsOf(file, "png"), {"[PNG]", "[PNG-pHYs]", "[ExifIFD]       ExifImage"});
+  const Lines before =
+      withoutGroups(tagsOf(file, "png"), {"[PNG]", "[PNG-pHYs]", "[ExifIFD]       ExifImage"});
   EXPECT_GT(before.size(), 12u);
   const Bytes now = rewritten(file, "public.png");
   EXPECT_EQ(withoutGroups(tagsOf(now, "png"), {"[PNG]", "[PNG-pHYs]"}), before);
@@ -92,7 +95,8 @@ TEST_F(MetadataInFiles, OfAPngComeOutAsTheyWentIn) {
 
 TEST_F(MetadataInFiles, OfAJpegComeOutAsTheyWentIn) {
   Lines words = kTags;
-  words.insert(words.end(), {"-IPTC:Headline=A tower", "-IPTC:Keywords=iron", "-IPTC:Keywords=city", "-Comment=said"});
+  words.insert(words.end(),
+               {"-IPTC:Headline=A tower", "-IPTC:Keywords=iron", "-IPTC:Keywords=city", "-Comment=said"});
   const Bytes file = tagged(jpeg_, "jpg", words);
   const Lines before = withoutGroups(tagsOf(file, "jpg"), {"[JFIF]", "[Photoshop]"});
   EXPECT_GT(before.size(), 15u);
@@ -127,8 +131,10 @@ TEST_F(MetadataInFiles, InRawProfilesAreFound) {
   words.push_back("-IPTC:Headline=A tower");
   const auto source = propertiesOf(tagged(jpeg_, "jpg", words)).carrier;
   const Bytes exif = rawProfile("exif", joined({bytesOfText(std::string_view("Exif\0\0", 6)), source->exif}));
-  const Bytes png = withPngChunk(png_, joined({exif, rawProfile("xmp", source->xmp), rawProfile("iptc", source->iptc)}));
-  EXPECT_THAT(tagsOf(png, "png"), Contains(HasSubstr("Make                            : Nobody"))) << "badly made";
+  const Bytes png =
+      withPngChunk(png_, joined({exif, rawProfile("xmp", source->xmp), rawProfile("iptc", source->iptc)}));
+  EXPECT_THAT(tagsOf(png, "png"), Contains(HasSubstr("Make                            : Nobody")))
+      << "badly made";
   const auto found = propertiesOf(png).carrier;
   ASSERT_NE(found, nullptr);
   EXPECT_EQ(found->exif, source->exif);
@@ -159,10 +165,10 @@ TEST_F(MetadataInFiles, OtherTextsStayInAPng) {
     return pngChunk(type, bytesOfText(content));
   };
   const std::string large(5000, 'x');
-  const Bytes file = withPngChunk(
-      png_, joined({text("tEXt", std::string_view("parameters\0a tower, steps 20", 28)),
-                    text("tEXt", std::string("workflow") + '\0' + large),
-                    text("iTXt", std::string_view("mood\0\0\0\0\0na\xC3\xAFve", 15))}));
+  const Bytes file =
+      withPngChunk(png_, joined({text("tEXt", std::string_view("parameters\0a tower, steps 20", 28)),
+                                 text("tEXt", std::string("workflow") + '\0' + large),
+                                 text("iTXt", std::string_view("mood\0\0\0\0\0na\xC3\xAFve", 15))}));
   const auto expected = propertiesOf(file).carrier->texts;
   ASSERT_EQ(expected.size(), 3u);
   EXPECT_EQ(expected[2].second, "na\xC3\xAFve");
@@ -182,9 +188,10 @@ TEST_F(MetadataInFiles, ADensityReachesBothFormats) {
 }
 
 TEST_F(MetadataInFiles, ALargeXmpPacketContinuesInFurtherSegments) {
-  std::vector<std::string> words = {"-XMP-dc:Title=Tower"};
-  for (const char* tag : {"-XMP-dc:Description=", "-XMP-photoshop:Instructions=", "-XMP-xmp:Label="})
-    words.push_back(tag + std::string(60'000, 'x'));
+  // The last description is the largest: what moves first is not what stands first.
+  const Lines words = {"-XMP-dc:Title=Tower", "-XMP-dc:Description=" + std::string(50'000, 'x'),
+                       "-XMP-photoshop:Instructions=" + std::string(60'000, 'y'),
+                       "-XMP-xmp:Label=" + std::string(70'000, 'z')};
   const Bytes png = tagged(png_, "png", words);
   ASSERT_GT(propertiesOf(png).carrier->xmp.size(), 180'000u);
   const Bytes jpeg = rewritten(png, "public.jpeg");
@@ -207,14 +214,16 @@ TEST_F(MetadataInFiles, ALargeXmpPacketContinuesInFurtherSegments) {
 TEST_F(MetadataInFiles, AnExtensionThatLacksAPartIsLeftOut) {
   const std::string packet =
       "<x:xmpmeta xmlns:x='adobe:ns:meta/'><r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
-      "<r:Description r:about='' xmlns:xmp='http://ns.adobe.com/xap/1.0/' xmp:Rating='4'/></r:RDF></x:xmpmeta>";
+      "<r:Description r:about='' xmlns:xmp='http://ns.adobe.com/xap/1.0/' "
+      "xmp:Rating='4'/></r:RDF></x:xmpmeta>";
   const auto split = splitXmp(bytesOfText(packet), 60);
   EXPECT_FALSE(split) << "no room even for the mark";
   EXPECT_FALSE(joinXmp(bytesOfText(packet), bytesOfText("<x:xmpmeta>")));
 }
 
 TEST_F(MetadataInFiles, ExifTooLargeForAJpegShedsInsteadOfFailing) {
-  const Bytes png = tagged(png_, "png", {"-Make=Nobody", "-Orientation#=6", "-UserComment=" + std::string(80'000, 'x')});
+  const Bytes png =
+      tagged(png_, "png", {"-Make=Nobody", "-Orientation#=6", "-UserComment=" + std::string(80'000, 'x')});
   ASSERT_GT(propertiesOf(png).carrier->exif.size(), 70'000u);
   const Lines now = tagsOf(rewritten(png, "public.jpeg"), "jpg");
   EXPECT_THAT(now, Contains(HasSubstr("Make                            : Nobody")));
@@ -227,7 +236,8 @@ TEST_F(MetadataInFiles, ThatAreMalformedMakeNoFile) {
   carrier.exif = randomBytes(200);
   properties.carrier = std::make_shared<const Carrier>(carrier);
   for (const char* type : {"public.png", "public.jpeg"})
-    EXPECT_TRUE(std::holds_alternative<Fault>(CodecDoor::standard().encode(type, decoded(png_), &properties))) << type;
+    EXPECT_TRUE(std::holds_alternative<Fault>(CodecDoor::standard().encode(type, decoded(png_), &properties)))
+        << type;
 }
 
 TEST(Md5Names, AreThoseOfMd5sum) {

@@ -1,15 +1,15 @@
 #include "tests/platform/imageio/picture_files.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <zlib.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
 #include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include "tests/support/program.h"
 
@@ -62,8 +62,8 @@ Bytes softSamples(std::uint32_t width, std::uint32_t height, unsigned components
   return bytes;
 }
 
-Pixels pixelsOf(Bytes samples, std::uint32_t width, std::uint32_t height, CGColorSpaceModel model, unsigned bits,
-                CGImageAlphaInfo alpha) {
+Pixels pixelsOf(Bytes samples, std::uint32_t width, std::uint32_t height, CGColorSpaceModel model,
+                unsigned bits, CGImageAlphaInfo alpha) {
   Pixels pixels;
   pixels.layout.width = width;
   pixels.layout.height = height;
@@ -99,7 +99,8 @@ std::optional<Fault> faultOf(const Answer<Pixels>& answer) {
 std::vector<std::uint16_t> asRgba16(const Pixels& pixels) {
   const Layout& layout = pixels.layout;
   const std::size_t samples = layout.bitsPerPixel / layout.bitsPerComponent;
-  const bool alpha = (layout.bitmapInfo & kCGBitmapAlphaInfoMask) == static_cast<CGBitmapInfo>(CGImageAlphaInfo::last);
+  const bool alpha =
+      (layout.bitmapInfo & kCGBitmapAlphaInfoMask) == static_cast<CGBitmapInfo>(CGImageAlphaInfo::last);
   const bool gray = layout.model == CGColorSpaceModel::monochrome;
   std::vector<std::uint16_t> result;
   for (std::uint32_t y = 0; y < layout.height; ++y) {

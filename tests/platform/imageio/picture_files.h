@@ -18,8 +18,8 @@ Bytes randomBytes(std::size_t size, unsigned seed = 1);
 Bytes softSamples(std::uint32_t width, std::uint32_t height, unsigned components, unsigned bits);
 
 /// Pixels of 8 or 16 bits without a profile. `alpha` may be none, noneSkipLast or last.
-Pixels pixelsOf(Bytes samples, std::uint32_t width, std::uint32_t height, CGColorSpaceModel model, unsigned bits,
-                CGImageAlphaInfo alpha);
+Pixels pixelsOf(Bytes samples, std::uint32_t width, std::uint32_t height, CGColorSpaceModel model,
+                unsigned bits, CGImageAlphaInfo alpha);
 
 /// The standard door's answers for a file of these bytes.
 Answer<std::unique_ptr<Reader>> openBytes(ByteView file, const Limits& limits = {});
@@ -31,7 +31,8 @@ Bytes encoded(std::string_view type, const Pixels& pixels, const Properties* pro
 /// Nothing when it is a fault.
 std::optional<Fault> faultOf(const Answer<Pixels>& answer);
 
-/// The pixels as the 16-bit RGBA samples that another program gives for the file: gray repeated, no alpha full.
+/// The pixels as the 16-bit RGBA samples that another program gives for the file: gray repeated, no alpha
+/// full.
 std::vector<std::uint16_t> asRgba16(const Pixels& pixels);
 /// The same by ImageMagick, colours not converted.
 std::vector<std::uint16_t> rgba16ByImageMagick(const std::string& path);

@@ -16,7 +16,8 @@ struct Kind {
 
 std::string nameOf(const testing::TestParamInfo<Kind>& info) {
   const char* const names[] = {"Gray", "", "Rgb", "Palette", "GrayAlpha", "", "Rgba"};
-  return names[info.param.colourType] + std::to_string(info.param.bits) + (info.param.interlaced ? "Interlaced" : "");
+  return names[info.param.colourType] + std::to_string(info.param.bits) +
+         (info.param.interlaced ? "Interlaced" : "");
 }
 
 std::vector<Kind> allKinds() {
@@ -49,8 +50,10 @@ Bytes pngOf(const Kind& kind) {
   if (kind.colourType == kPalette) return palettePngOf(kind);
   const TemporaryFolder folder;
   const bool gray = kind.colourType == kGray || kind.colourType == kGrayAlpha;
-  writeFile(folder.path("raw"), gray ? randomBytes(kWidth * kHeight * 4) : randomBytes(kWidth * kHeight * 8, 2));
-  std::vector<std::string> words = {"-size",   "47x33", "-depth", "16", (gray ? "graya:" : "rgba:") + folder.path("raw")};
+  writeFile(folder.path("raw"),
+            gray ? randomBytes(kWidth * kHeight * 4) : randomBytes(kWidth * kHeight * 8, 2));
+  std::vector<std::string> words = {"-size", "47x33", "-depth", "16",
+                                    (gray ? "graya:" : "rgba:") + folder.path("raw")};
   if (kind.colourType != kGrayAlpha && kind.colourType != kRgba) words.insert(words.end(), {"-alpha", "off"});
   if (kind.interlaced) words.insert(words.end(), {"-interlace", "PNG"});
   words.insert(words.end(), {"-define", "png:color-type=" + std::to_string(kind.colourType), "-define",
@@ -105,7 +108,8 @@ class PngTransparency : public testing::Test {
     const TemporaryFolder folder;
     writeFile(folder.path("a.png"), file);
     const Pixels ours = decoded(file);
-    EXPECT_EQ(ours.layout.bitmapInfo & kCGBitmapAlphaInfoMask, static_cast<CGBitmapInfo>(CGImageAlphaInfo::last));
+    EXPECT_EQ(ours.layout.bitmapInfo & kCGBitmapAlphaInfoMask,
+              static_cast<CGBitmapInfo>(CGImageAlphaInfo::last));
     const auto samples = asRgba16(ours);
     const auto expected = rgba16ByImageMagick(folder.path("a.png"));
     ASSERT_EQ(samples.size(), expected.size());
@@ -114,7 +118,8 @@ class PngTransparency : public testing::Test {
       ASSERT_EQ(samples[i + 3], expected[i + 3]) << "alpha of pixel " << i / 4;
       if (samples[i + 3] == 0) ++transparent;
       // What a wholly transparent pixel would look like is nobody's business.
-      for (std::size_t c = 0; c < 3 && samples[i + 3] != 0; ++c) ASSERT_EQ(samples[i + c], expected[i + c]) << i / 4;
+      for (std::size_t c = 0; c < 3 && samples[i + 3] != 0; ++c)
+        ASSERT_EQ(samples[i + c], expected[i + c]) << i / 4;
     }
     EXPECT_GT(transparent, 0u);
   }
@@ -134,7 +139,8 @@ TEST_F(PngTransparency, OfAColourBecomesAlpha) {
   const auto first = asRgba16(decoded(file));
   Bytes colour;
   for (int c = 0; c < 3; ++c)
-    colour.insert(colour.end(), {static_cast<std::uint8_t>(first[c] >> 8), static_cast<std::uint8_t>(first[c])});
+    colour.insert(colour.end(),
+                  {static_cast<std::uint8_t>(first[c] >> 8), static_cast<std::uint8_t>(first[c])});
   expectSamePixels(file, colour);
 }
 
@@ -154,11 +160,14 @@ TEST(PngAnimation, CountsTheFramesThatItsControlClaims) {
 
 TEST(PngDensity, IsRoundedToTheWholeNumberThatWasMeant) {
   OSTRA_NEEDS_PROGRAM("convert");
-  const Bytes still = madeByImageMagick({"-size", "3x2", "xc:red", "-strip", "-define", "png:exclude-chunks=pHYs"}, "png");
+  const Bytes still =
+      madeByImageMagick({"-size", "3x2", "xc:red", "-strip", "-define", "png:exclude-chunks=pHYs"}, "png");
   const auto density = [&](std::uint32_t perMetre) {
-    const Bytes number = {static_cast<std::uint8_t>(perMetre >> 24), static_cast<std::uint8_t>(perMetre >> 16),
-                          static_cast<std::uint8_t>(perMetre >> 8), static_cast<std::uint8_t>(perMetre)};
-    return propertiesOf(withPngChunk(still, pngChunk("pHYs", joined({number, number, {1}})))).tree.at("DPIWidth");
+    const Bytes number = {static_cast<std::uint8_t>(perMetre >> 24),
+                          static_cast<std::uint8_t>(perMetre >> 16), static_cast<std::uint8_t>(perMetre >> 8),
+                          static_cast<std::uint8_t>(perMetre)};
+    return propertiesOf(withPngChunk(still, pngChunk("pHYs", joined({number, number, {1}}))))
+        .tree.at("DPIWidth");
   };
   EXPECT_EQ(propertiesOf(still).tree.count("DPIWidth"), 0u);
   EXPECT_EQ(density(5669), Value(144.0));

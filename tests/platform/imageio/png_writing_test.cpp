@@ -35,8 +35,8 @@ class PngWriting : public testing::TestWithParam<Kind> {
   void SetUp() override { OSTRA_NEEDS_PROGRAM("convert"); }
   static Pixels pixels() {
     const Kind& kind = GetParam();
-    return pixelsOf(randomBytes(kWidth * kHeight * kind.samples * kind.bits / 8), kWidth, kHeight, kind.model, kind.bits,
-                    kind.alpha);
+    return pixelsOf(randomBytes(kWidth * kHeight * kind.samples * kind.bits / 8), kWidth, kHeight, kind.model,
+                    kind.bits, kind.alpha);
   }
 };
 

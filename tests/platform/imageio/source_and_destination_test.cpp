@@ -27,8 +27,8 @@ CGImageRef image(Bytes samples, std::uint32_t width, std::uint32_t height, unsig
   format.bitsPerPixel = bits * count;
   format.bytesPerRow = samples.size() / height;
   format.bitmapInfo = static_cast<CGBitmapInfo>(alpha) | (bits == 16 ? kCGBitmapByteOrder16Little : 0);
-  return CGImage::create(format, CGColorSpace::createWithName(space), SharedBytes::adopt(std::move(samples)), true,
-                         CGColorRenderingIntent::standard);
+  return CGImage::create(format, CGColorSpace::createWithName(space), SharedBytes::adopt(std::move(samples)),
+                         true, CGColorRenderingIntent::standard);
 }
 
 Bytes written(const CGImageRef& picture, std::string_view type = "public.png") {
@@ -85,7 +85,8 @@ TEST_F(Sources, GiveUntaggedPicturesTheSpaceOfTheirModel) {
   EXPECT_EQ(spaceOf({"-size", "3x2", "xc:red", "-strip"}, "jpg"), kCGColorSpaceSRGB);
   EXPECT_EQ(spaceOf({"-size", "3x2", "xc:gray", "-colorspace", "gray", "-strip"}, "jpg"),
             kCGColorSpaceGenericGrayGamma2_2);
-  EXPECT_EQ(spaceOf({"-size", "3x2", "xc:red", "-colorspace", "CMYK", "-strip"}, "jpg"), kCGColorSpaceDeviceCMYK);
+  EXPECT_EQ(spaceOf({"-size", "3x2", "xc:red", "-colorspace", "CMYK", "-strip"}, "jpg"),
+            kCGColorSpaceDeviceCMYK);
 }
 
 class RecordingNotice : public LimitNotice {
@@ -100,8 +101,9 @@ TEST_F(Sources, SayWhichLimitStoppedAPicture) {
   OSTRA_NEEDS_PROGRAM("convert");
   const Bytes small = madeByImageMagick({"-size", "3x2", "xc:gray", "-colorspace", "gray"}, "png");
   const Bytes header = {0, 0, 0xFD, 0xE8, 0, 0, 0xFD, 0xE8, 8, 0, 0, 0, 0};
-  writeFile(folder.path("huge.png"), joined({Bytes(small.begin(), small.begin() + 8), pngChunk("IHDR", header),
-                                             Bytes(small.begin() + 33, small.end())}));
+  writeFile(folder.path("huge.png"),
+            joined({Bytes(small.begin(), small.begin() + 8), pngChunk("IHDR", header),
+                    Bytes(small.begin() + 33, small.end())}));
   RecordingNotice notice;
   const Service<LimitNotice>::Override override(notice);
   const auto source = sourceOf(folder.path("huge.png"));
@@ -127,7 +129,8 @@ TEST(Destinations, LeaveTheBufferEmptyWhenTheyFail) {
   const auto destination = CGImageDestination::createWithData(data, "public.png", 1);
   EXPECT_FALSE(destination->finalize());
   EXPECT_TRUE(data.empty());
-  destination->addImage(image(Bytes(16), 2, 2, 8, 4, CGImageAlphaInfo::none, kCGColorSpaceDeviceCMYK), nullptr);
+  destination->addImage(image(Bytes(16), 2, 2, 8, 4, CGImageAlphaInfo::none, kCGColorSpaceDeviceCMYK),
+                        nullptr);
   EXPECT_FALSE(destination->finalize());
   EXPECT_TRUE(data.empty());
 }
@@ -155,7 +158,8 @@ TEST(Destinations, DivideColourByItsAlphaRoundedToTheNearest) {
 }
 
 TEST(Destinations, DivideSixteenBitColourToo) {
-  const Bytes samples = {0x00, 0x40, 0x34, 0x12, 0xFF, 0x7F, 0xFF, 0x7F};  // 0x4000, 0x1234, 0x7FFF under 0x7FFF
+  const Bytes samples = {0x00, 0x40, 0x34, 0x12,
+                         0xFF, 0x7F, 0xFF, 0x7F};  // 0x4000, 0x1234, 0x7FFF under 0x7FFF
   const Pixels back =
       decoded(written(image(samples, 1, 1, 16, 4, CGImageAlphaInfo::premultipliedLast, kCGColorSpaceSRGB)));
   const auto word = [&](std::size_t i) { return back.bytes.view[2 * i] | back.bytes.view[2 * i + 1] << 8; };
@@ -176,7 +180,8 @@ TEST(Destinations, DropASkippedComponentAndPutLeadingAlphaLast) {
 TEST(Destinations, TellWhatTheColoursMean) {
   const Bytes p3 = written(image(Bytes(12), 2, 2, 8, 3, CGImageAlphaInfo::none, kCGColorSpaceDisplayP3));
   EXPECT_EQ(propertiesOf(p3).tree.at("ProfileName"), Value("Display P3"));
-  const Bytes jpeg = written(image(Bytes(12), 2, 2, 8, 3, CGImageAlphaInfo::none, kCGColorSpaceSRGB), "public.jpeg");
+  const Bytes jpeg =
+      written(image(Bytes(12), 2, 2, 8, 3, CGImageAlphaInfo::none, kCGColorSpaceSRGB), "public.jpeg");
   EXPECT_TRUE(std::holds_alternative<IccProfile>(decoded(jpeg).profile));
 }
 

@@ -166,6 +166,14 @@ TEST_P(ExifPatch, ALongerTextIsAppendedAndNothingElseMoves) {
   EXPECT_TRUE(again.tree == properties.tree);
 }
 
+TEST_P(ExifPatch, WhatIsAppendedBeginsAtAnEvenOffset) {
+  bare_.push_back('x');
+  ASSERT_EQ(bare_.size() % 2, 1u);
+  Properties properties = read(bare_);
+  group(properties, "{TIFF}").insert_or_assign("Artist", "Someone with a longer name");
+  EXPECT_EQ(test::positionOf(written(properties), "Someone"), bare_.size() + 1);
+}
+
 TEST_P(ExifPatch, ATextThatFitsTheEntryMovesIntoItAndBack) {
   Properties properties = read(camera_);
   group(properties, "{TIFF}").insert_or_assign("Artist", "Ann");

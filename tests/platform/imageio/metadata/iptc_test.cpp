@@ -13,7 +13,7 @@ namespace {
 Bytes dataSet(int record, int number, std::string_view value) {
   Bytes bytes{0x1C, static_cast<std::uint8_t>(record), static_cast<std::uint8_t>(number),
               static_cast<std::uint8_t>(value.size() >> 8), static_cast<std::uint8_t>(value.size() & 0xFF)};
-  bytes.insert(bytes.end(), value.begin(), value.end());
+  for (const char c : value) bytes.push_back(static_cast<std::uint8_t>(c));
   return bytes;
 }
 

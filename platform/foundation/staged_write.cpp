@@ -77,7 +77,9 @@ bool isFileAt(const FileVersion& file, const FilePlace& place) {
 
 std::optional<NSError> putInPlace(StagingDirectory& directory, const URL& staged, const URL& destination) {
   const auto fresh = entryVersion(-1, staged.path());
-  if (!fresh) return std::nullopt;
+  // Only a file that was never made means that its writer failed, and says so itself.
+  if (!fresh && errno == ENOENT) return std::nullopt;
+  if (!fresh) return writeError(errno, destination);
   const FilePlace place = placeOf(destination.path());
   try {
     replaceFile(destination, staged.path());
@@ -119,8 +121,10 @@ std::optional<NSError> writeRelatedItem(const URL& destination, const URL& prima
 
   const FileVersion found = fileVersionOf(status);
   struct stat source = {};
-  const bool isSource =
-      stat(primary.path().c_str(), &source) == 0 && isSameFile(fileVersionOf(source), found);
+  const bool hasSource = stat(primary.path().c_str(), &source) == 0;
+  // Not knowing whether this is the source is no leave to write over it.
+  if (!hasSource && errno != ENOENT) return writeError(errno, destination);
+  const bool isSource = hasSource && isSameFile(fileVersionOf(source), found);
   const FileVersion expected = isSource ? primary.fileVersion().value_or(found) : found;
   if (expected != found) return changedFileError(destination);
   return writeExistingItem(destination.withFileVersion(expected), isSource, accessor);

@@ -16,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kSurplus = 20000;
 constexpr char kTag[] = "user.ostra.test";
 
 /// One way of a picture through the program: what it starts from and what it makes.
@@ -64,9 +65,11 @@ class Faults : public testing::TestWithParam<Road> {
     if (picture_.empty()) {
       makePicture("PNG:" + source(), {"-resize", "40x30!"});
       picture_ = readFile(source());
+      // Larger than what replaces it, so that a file that is overwritten is neither old nor new for a while.
+      picture_.resize(picture_.size() + kSurplus, 'x');
     }
     writeFile(source(), picture_);
-    if (road().destinationExists && source() != destination()) writeFile(destination(), "an older picture");
+    if (road().destinationExists && source() != destination()) writeFile(destination(), Bytes(kSurplus, 'o'));
     for (const std::string& path : {source(), destination()}) {
       if (!fs::exists(path)) continue;
       ASSERT_EQ(chmod(path.c_str(), 0640), 0);

@@ -17,6 +17,10 @@ add_compile_definitions(_FILE_OFFSET_BITS=64)
 if(OSTRA_SANITIZE)
   add_compile_options(-fsanitize=${OSTRA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${OSTRA_SANITIZE})
+  # GCC 12 loses track of optionals behind the sanitizers' checks and warns of what is set.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    add_compile_options(-Wno-maybe-uninitialized)
+  endif()
 endif()
 
 # ostra_room(NAME SOURCES... ) makes the static library of one room.

@@ -20,6 +20,15 @@ std::optional<ByteView> takeField(ByteView& rest) {
   return field;
 }
 
+// The standard's rule: 1 to 79 printable Latin-1 characters, single blanks only between them. A text under
+// any other keyword could not be written again.
+bool isKeyword(ByteView keyword) {
+  if (keyword.empty() || keyword.size() > 79 || keyword.front() == ' ' || keyword.back() == ' ') return false;
+  if (asText(keyword).find("  ") != std::string_view::npos) return false;
+  return std::all_of(keyword.begin(), keyword.end(),
+                     [](std::uint8_t c) { return (c >= 32 && c <= 126) || c >= 161; });
+}
+
 std::optional<std::string> inflatedText(ByteView stream, std::size_t limit) {
   const auto bytes = inflateAll(stream, limit);
   if (!bytes) return std::nullopt;
@@ -56,7 +65,7 @@ std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit) {
   if (!known || chunk.data.size() > limit || !chunk.isIntact()) return std::nullopt;
   ByteView rest = chunk.data;
   const auto keyword = takeField(rest);
-  if (!keyword || keyword->empty() || keyword->size() > 79) return std::nullopt;
+  if (!keyword || !isKeyword(*keyword)) return std::nullopt;
   std::optional<std::string> text;
   if (chunk.type == pngType("tEXt")) text = utf8FromLatin1(asText(rest));
   if (chunk.type == pngType("zTXt")) text = compressedText(rest, limit);

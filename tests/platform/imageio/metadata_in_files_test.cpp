@@ -115,6 +115,20 @@ TEST_F(MetadataInFiles, OfAPngGoIntoAJpegAndItsIptcBackIntoAPng) {
   EXPECT_EQ(propertiesOf(png).carrier->iptc, properties.carrier->iptc);
 }
 
+TEST_F(MetadataInFiles, OfAPngKeepTextsUnderTheirOwnKeywordsButNotUnderBrokenOnes) {
+  const auto text = [](std::string_view keyword) {
+    return pngChunk("tEXt", bytesOfText(std::string(keyword) + '\0' + "said"));
+  };
+  Bytes file = withPngChunk(png_, text("parameters"));
+  for (const char* keyword : {"bad\x7f", " led", "trailed ", "two  blanks"})
+    file = withPngChunk(file, text(keyword));
+  const Bytes now = rewritten(file, "public.png");
+  EXPECT_LT(positionOf(std::string_view("parameters\0said", 15), now), now.size());
+  for (const char* keyword : {"bad\x7f", " led", "trailed ", "two  blanks"}) {
+    EXPECT_EQ(positionOf(keyword, now), now.size()) << keyword;
+  }
+}
+
 // As older programs wrote metadata into a PNG.
 Bytes rawProfile(const std::string& kind, const Bytes& block) {
   std::string text = "Raw profile type " + kind + '\0' + "\n" + kind + "\n" + std::to_string(block.size());

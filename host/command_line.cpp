@@ -111,7 +111,7 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
   if (parsed.version) return commandOnly(CommandLine::Command::version);
   refuseWhatIsNotThereYet(parsed);
   refuseUnknownOptions(arguments, parsed.words);
-  const CommandLine line = conversion(parsed);
+  CommandLine line = conversion(parsed);
   if (line.action != "list") return line;
   if (!line.files.empty()) throw UsageError("“ostra list” takes no further words.");
   return commandOnly(CommandLine::Command::list);

@@ -26,6 +26,7 @@ constexpr std::array kPrincipalClasses{
 NSExtensionContext::InputItems inputItems(const std::vector<std::string>& files,
                                           const std::shared_ptr<Work>& work) {
   std::vector<std::shared_ptr<NSItemProvider>> providers;
+  providers.reserve(files.size());
   for (const std::string& file : files) {
     providers.push_back(std::make_shared<FileItemProvider>(file, providers.size(), work));
   }

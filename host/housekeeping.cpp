@@ -14,7 +14,7 @@
 namespace ostra {
 namespace {
 
-constexpr time_t kDay = 24 * 60 * 60;
+constexpr time_t kDay = time_t{24} * 60 * 60;
 
 /// Whether a day has passed since the last clean-up; if so, this is the new one. The time is that of an empty
 /// file.

@@ -109,13 +109,13 @@ void ExifEditor::settle() {
   }
 }
 
-void ExifEditor::releaseValue(const ExifEntry& entry) {
+void ExifEditor::releaseRoom(const ExifEntry& entry) {
   if (entry.outOfLine()) freed_.push_back(*entry.value);
 }
 
-void ExifEditor::releaseValue(const Ifd& ifd) {
+void ExifEditor::releaseRoom(const Ifd& ifd) {
   freed_.push_back(ifd.range());
-  for (const ExifEntry& entry : ifd.entries) releaseValue(entry);
+  for (const ExifEntry& entry : ifd.entries) releaseRoom(entry);
 }
 
 void ExifEditor::dropThumbnails() {
@@ -123,7 +123,7 @@ void ExifEditor::dropThumbnails() {
   if (!tiff || !tiff->hasNext) return;
   for (const Ifd& ifd : structure_.ifds) {
     if (ifd.kind != IfdKind::thumbnail) continue;
-    releaseValue(ifd);
+    releaseRoom(ifd);
     for (const auto& [data, size] : kThumbnailData) {
       const auto offset = numberAt(bytes_, structure_.order, ifd.find(data));
       const auto length = numberAt(bytes_, structure_.order, ifd.find(size));
@@ -159,7 +159,7 @@ void ExifEditor::dropDangling() {
 }
 
 void ExifEditor::removeEntry(const Ifd& ifd, const ExifEntry& entry) {
-  releaseValue(entry);
+  releaseRoom(entry);
   const std::size_t end = ifd.range().end();
   copyWithin(bytes_, entry.position + 12, entry.position, end - entry.position - 12);
   std::memset(bytes_.data() + end - 12, 0, 12);
@@ -179,9 +179,9 @@ void ExifEditor::removeTag(IfdKind kind, std::uint16_t tag) {
 void ExifEditor::removeDirectory(IfdKind kind) {
   const Ifd* ifd = structure_.find(kind);
   if (!ifd || kind == IfdKind::tiff || kind == IfdKind::thumbnail) return;
-  releaseValue(*ifd);
+  releaseRoom(*ifd);
   const Ifd* interop = kind == IfdKind::exif ? structure_.find(IfdKind::interop) : nullptr;
-  if (interop) releaseValue(*interop);
+  if (interop) releaseRoom(*interop);
   if (kind == IfdKind::interop) return removeTag(IfdKind::exif, kInteropPointer);
   removeTag(IfdKind::tiff, kind == IfdKind::exif ? kExifPointer : kGpsPointer);
 }
@@ -235,7 +235,7 @@ void ExifEditor::replace(const ExifEntry& entry, const ExifField& field) {
     write32(bytes_, entry.position + 4, field.count, structure_.order);
     freed_.push_back({entry.value->offset + size, entry.value->size - size});
   } else {
-    releaseValue(entry);
+    releaseRoom(entry);
     putEntry(entry.position, field);
   }
   reparse();

@@ -40,8 +40,8 @@ class ExifEditor {
   ExifEditor() = default;
   void reparse();
   void settle();
-  void releaseValue(const Ifd& ifd);
-  void releaseValue(const ExifEntry& entry);
+  void releaseRoom(const Ifd& ifd);
+  void releaseRoom(const ExifEntry& entry);
   void removeEntry(const Ifd& ifd, const ExifEntry& entry);
   void removeDuplicates(IfdKind kind, std::uint16_t tag);
   void replace(const ExifEntry& entry, const ExifField& field);

@@ -9,7 +9,7 @@ namespace ostra {
 namespace {
 
 /// Starting a thread costs about what ten thousand pixels do.
-constexpr std::size_t pixelsWorthAThread = 128 * 1024;
+constexpr std::size_t pixelsWorthAThread = std::size_t{128} * 1024;
 /// Beyond that the memory, not the processor, is what everybody waits for.
 constexpr std::size_t mostThreads = 4;
 

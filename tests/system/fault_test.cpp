@@ -3,6 +3,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <ostream>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -27,6 +28,8 @@ struct Road {
   const char* destination;  // the file that is written
   bool destinationExists;
 };
+
+void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 
 constexpr Road kInPlace = {"in place", "invert", "a.png", "a.png", true};
 constexpr Road kNewSibling = {"a new sibling", "srgb-jpg", "a.png", "a.jpg", false};

@@ -155,27 +155,33 @@ void takeTurn(const std::shared_ptr<Turn>& turn) {
     turn->done.signal();
   }
   turn->done.wait();
+  // A callback that is still on its way back may hold the turn, but nothing of the batch any more.
+  turn->batch.reset();
+  turn->inPlaceError = nullptr;
 }
 
-void runBody(const std::shared_ptr<Batch>& batch) {
+/// Hands the batch over to the main queue, so that all that it holds ends there.
+void runBody(std::shared_ptr<Batch> batch) {
   for (const std::shared_ptr<NSItemProvider>& provider : batch->providers) {
     const auto turn = std::make_shared<Turn>();
     turn->batch = batch;
     turn->provider = provider;
     takeTurn(turn);
   }
-  mainQueue().async([batch] { batch->completion(batch->outcomes, batch->failures); });
+  mainQueue().async([batch = std::move(batch)] { batch->completion(batch->outcomes, batch->failures); });
 }
 
 }  // namespace
 
 void OstraQuickActionEngine::run(Providers providers, Completion completion) const {
-  const auto batch =
+  auto batch =
       std::make_shared<Batch>(Batch{shared_from_this(), std::move(providers), std::move(completion), {}, {}});
   // A failure must find its place even when the memory has run out.
   batch->outcomes.reserve(batch->providers.size());
   batch->failures.reserve(batch->providers.size());
-  globalQueue(QualityOfService::userInitiated).async([batch] { runBody(batch); });
+  globalQueue(QualityOfService::userInitiated).async([batch = std::move(batch)]() mutable {
+    runBody(std::move(batch));
+  });
 }
 
 }  // namespace ostra

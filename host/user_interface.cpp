@@ -27,6 +27,10 @@ class UntilStopped : public Renderer {
   SavePanelAnswer run(const NSSavePanel& panel) override {
     return StopSignals::received() ? SavePanelAnswer{} : shown_.run(panel);
   }
+  bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override {
+    return !StopSignals::received() && shown_.present(controller, title);
+  }
+  void withdraw() override { shown_.withdraw(); }
   void progress(const Progress& progress) override { shown_.progress(progress); }
 
  private:

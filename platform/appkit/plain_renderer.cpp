@@ -13,6 +13,8 @@ class PlainRenderer : public Renderer {
   void beep() override {}
   void run(const NSAlert& alert) override { writeText(STDERR_FILENO, plainText(alert)); }
   SavePanelAnswer run(const NSSavePanel&) override { return {}; }
+  bool present(const std::shared_ptr<NSViewController>&, const std::string&) override { return false; }
+  void withdraw() override {}
   void progress(const Progress&) override {}
 };
 

@@ -44,6 +44,8 @@ class MainQueue : public DispatchQueue {
     }
   }
 
+  void setWaiting(std::function<void()> turn) { turnOfAnotherLoop_ = std::move(turn); }
+
   void stop() {
     const std::lock_guard lock(mutex_);
     stopped_ = true;
@@ -95,8 +97,15 @@ class MainQueue : public DispatchQueue {
   static void call(const std::function<void()>& block) noexcept { block(); }
 
   void wait() {
+    if (turnOfAnotherLoop_) return waitInAnotherLoop();
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return stopped_ || (!running_ && !blocks_.empty()); });
+  }
+
+  void waitInAnotherLoop() {
+    const std::function<void()> turn = turnOfAnotherLoop_;  // a turn may end with another way to wait
+    turn();
+    lower();
   }
 
   void raise() {
@@ -116,6 +125,7 @@ class MainQueue : public DispatchQueue {
   std::deque<std::function<void()>> blocks_;
   bool running_ = false;
   bool stopped_ = false;
+  std::function<void()> turnOfAnotherLoop_;  // of the main thread
 };
 
 /// Never destroyed: a background thread may still queue a block while the process ends.
@@ -134,5 +144,6 @@ void MainLoop::run() { theMainQueue().run(); }
 void MainLoop::stop() { theMainQueue().stop(); }
 void MainLoop::drain() { theMainQueue().drain(); }
 int MainLoop::descriptor() { return theMainQueue().descriptor(); }
+void MainLoop::setWaiting(std::function<void()> turn) { theMainQueue().setWaiting(std::move(turn)); }
 
 }  // namespace ostra

@@ -26,11 +26,18 @@ class RecordingRenderer : public Renderer {
     answers.pop_front();
     return answer;
   }
+  bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override {
+    log_.add("present “" + title + "”");
+    presented.push_back(controller);
+    return true;
+  }
+  void withdraw() override { log_.add("withdraw"); }
   void progress(const Progress& /*progress*/) override {}
 
   std::vector<NSAlert> alerts;
   std::vector<NSSavePanel> panels;
   std::deque<SavePanelAnswer> answers;
+  std::vector<std::shared_ptr<NSViewController>> presented;
 
  private:
   CallLog& log_;

@@ -25,6 +25,8 @@ class ProgressRenderer : public Renderer {
   void beep() override {}
   void run(const NSAlert&) override {}
   SavePanelAnswer run(const NSSavePanel&) override { return {}; }
+  bool present(const std::shared_ptr<NSViewController>&, const std::string&) override { return false; }
+  void withdraw() override {}
   void progress(const Progress& progress) override {
     EXPECT_TRUE(isMainThread());
     drawn.push_back(std::to_string(progress.done) + "/" + std::to_string(progress.total) + " " +

@@ -77,6 +77,8 @@ SavePanelAnswer TerminalRenderer::run(const NSSavePanel& panel) {
   return url ? SavePanelAnswer{NSModalResponseOK, url} : SavePanelAnswer{};
 }
 
+bool TerminalRenderer::present(const std::shared_ptr<NSViewController>&, const std::string&) { return false; }
+
 void TerminalRenderer::progress(const Progress& progress) {
   if (!terminal_) return;
   if (progress.done >= progress.total) return clearProgress();

@@ -20,6 +20,8 @@ class TerminalRenderer : public Renderer {
   /// Prints and returns; nobody has to press a key.
   void run(const NSAlert& alert) override;
   SavePanelAnswer run(const NSSavePanel& panel) override;
+  bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override;
+  void withdraw() override {}
   /// Draws the bar over itself; takes it away when all is done.
   void progress(const Progress& progress) override;
 

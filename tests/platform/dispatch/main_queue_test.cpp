@@ -145,6 +145,25 @@ TEST(MainLoop, ShowsByItsDescriptorWhetherSomethingIsQueued) {
   EXPECT_FALSE(somethingIsQueued());
 }
 
+TEST(MainLoop, WaitsInAnotherLoopOnceToldTo) {
+  int turns = 0;
+  bool readable = false;
+  std::thread other;
+  mainQueue().async([&] {
+    MainLoop::setWaiting([&] {
+      if (turns++ == 0) other = std::thread([] { mainQueue().async([] { MainLoop::stop(); }); });
+      pollfd event{MainLoop::descriptor(), POLLIN, 0};
+      readable = poll(&event, 1, 10'000) == 1;
+    });
+  });
+  MainLoop::run();
+  MainLoop::setWaiting(nullptr);
+  other.join();
+  EXPECT_TRUE(readable);
+  EXPECT_GE(turns, 1);
+  EXPECT_LE(turns, 2);  // one turn a wake-up: the descriptor does not stay readable
+}
+
 TEST(MainLoop, GoesOnAfterASignalInterruptedItsWait) {
   std::signal(SIGUSR1, [](int) {});
   const pthread_t mainThread = pthread_self();

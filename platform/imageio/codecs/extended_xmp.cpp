@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "platform/imageio/codecs/md5.h"
+#include "platform/imageio/metadata/md5.h"
 #include "platform/imageio/metadata/text_encoding.h"
 #include "platform/imageio/metadata/xml_scanner.h"
 

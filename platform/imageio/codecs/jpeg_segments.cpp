@@ -28,8 +28,9 @@ class SegmentWalk {
       rest_ = rest_.subspan(2);
       if (standsAlone(marker)) continue;
       if (marker == 0xD9 || marker == 0xDA || rest_.size() < 2) return std::nullopt;
-      const std::size_t length = bigEndian16(rest_, 0);
-      if (length < 2 || length > rest_.size()) return std::nullopt;
+      // A length that does not even count itself: decoders take the segment for empty.
+      const std::size_t length = std::max<std::size_t>(bigEndian16(rest_, 0), 2);
+      if (length > rest_.size()) return std::nullopt;
       const Segment segment{marker, rest_.subspan(2, length - 2)};
       rest_ = rest_.subspan(length);
       return segment;
@@ -142,11 +143,7 @@ class Collector {
     if (marker == 0xED) {
       if (const auto rest = after(segment.data, kJpegPhotoshopHead)) append(segments.photoshop, *rest);
     }
-    if (marker == 0xFE && fits(segment.data)) {
-      ByteView text = segment.data;
-      while (!text.empty() && text.back() == 0) text = text.first(text.size() - 1);
-      segments.comments.push_back(utf8FromUnknown(asText(text)));
-    }
+    if (marker == 0xFE && fits(segment.data)) segments.comments.emplace_back(asText(segment.data));
   }
   // What lay in parts.
   void finish(JpegSegments& segments, const Limits& limits) const {
@@ -169,10 +166,16 @@ class Collector {
   void append(Bytes& to, ByteView block) {
     if (fits(block)) to.insert(to.end(), block.begin(), block.end());
   }
+  // Some writers leave a second, older block behind; readers take the first. Some cut a block that one
+  // segment does not hold; what follows then does not begin like a block.
+  void takeExif(ByteView block, JpegSegments& segments) {
+    const std::string_view start = asText(block.first(std::min<std::size_t>(block.size(), 4)));
+    const bool begins = start == std::string_view{"II*\0", 4} || start == std::string_view{"MM\0*", 4};
+    exifGoesOn_ = segments.exif.empty() || (exifGoesOn_ && !begins);
+    if (exifGoesOn_) append(segments.exif, block);
+  }
   void takeMetadata(ByteView data, JpegSegments& segments) {
-    // Some writers leave a second, older block behind; readers take the first.
-    if (const auto rest = after(data, kJpegExifHead); rest && segments.exif.empty())
-      append(segments.exif, *rest);
+    if (const auto rest = after(data, kJpegExifHead)) takeExif(*rest, segments);
     if (const auto rest = after(data, kJpegXmpHead); rest && segments.xmp.empty())
       append(segments.xmp, *rest);
     if (const auto rest = after(data, kJpegExtendedXmpHead); rest && fits(*rest)) extension_.add(*rest);
@@ -184,6 +187,7 @@ class Collector {
   }
 
   std::size_t metadataLeft_;
+  bool exifGoesOn_ = false;
   ProfileParts profile_;
   ExtensionParts extension_;
 };

@@ -38,8 +38,8 @@ struct JpegSegments {
   std::optional<JpegFrame> frame;
   std::optional<JpegDensity> jfif;
   Bytes exif, xmp, icc;
-  Bytes photoshop;  // all segments joined, without their heads
-  std::vector<std::string> comments;
+  Bytes photoshop;                    // all segments joined, without their heads
+  std::vector<std::string> comments;  // byte by byte
   std::uint32_t pictures = 1;
 };
 

@@ -90,6 +90,17 @@ bool addProfile(Segments& segments, ByteView profile) {
   return true;
 }
 
+void addComment(Segments& segments, std::string_view comment) {
+  if (comment.empty()) add(segments, kComment, {}, {});
+  for (const ByteView piece : pieces(asBytes(comment), kJpegSegmentRoom)) add(segments, kComment, {}, piece);
+}
+
+// A JPEG has no keywords; a comment that begins with one is better than none.
+void addText(Segments& segments, const CarriedText& text) {
+  const bool isComment = text.keyword == "Comment";
+  addComment(segments, isComment ? text.text : text.keyword + ": " + text.text);
+}
+
 }  // namespace
 
 std::optional<Segments> jpegSegmentsToWrite(const Pixels& pixels, const Properties* properties) {
@@ -106,10 +117,8 @@ std::optional<Segments> jpegSegmentsToWrite(const Pixels& pixels, const Properti
   addPhotoshop(segments, blocks);
   addXmp(segments, blocks.xmp);
   if (!addProfile(segments, *profile)) return std::nullopt;
-  for (const std::string& comment : blocks.comments) {
-    for (const ByteView piece : pieces(asBytes(comment), kJpegSegmentRoom))
-      add(segments, kComment, {}, piece);
-  }
+  for (const std::string& comment : blocks.comments) addComment(segments, comment);
+  for (const CarriedText& text : blocks.texts) addText(segments, text);
   return segments;
 }
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 
+#include "platform/imageio/codecs/big_endian.h"
 #include "platform/imageio/codecs/png_text.h"
 #include "platform/imageio/metadata/photoshop.h"
 #include "platform/imageio/metadata/text_encoding.h"
@@ -14,71 +15,130 @@ namespace {
 constexpr std::string_view kExifPrefix{"Exif\0\0", 6};
 constexpr std::string_view kXmpPrefix{"http://ns.adobe.com/xap/1.0/\0", 29};
 
-using RawProfiles = std::map<std::string, Bytes, std::less<>>;
+using RawProfiles = std::multimap<std::string, Bytes, std::less<>>;
 
 Bytes withoutPrefix(const Bytes& bytes, std::string_view prefix) {
   if (!asText(bytes).starts_with(prefix)) return bytes;
   return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(prefix.size()), bytes.end());
 }
 
-// A native block wins, then the first raw profile that holds one.
-void fillFromRawProfiles(Carrier& carrier, const RawProfiles& profiles) {
-  for (const std::string_view kind : {"exif", "APP1", "app1"}) {
-    const auto found = profiles.find(kind);
-    if (found == profiles.end()) continue;
-    const bool isXmp = asText(found->second).starts_with(kXmpPrefix);
-    if (isXmp && carrier.xmp.empty()) carrier.xmp = withoutPrefix(found->second, kXmpPrefix);
-    if (!isXmp && carrier.exif.empty()) carrier.exif = withoutPrefix(found->second, kExifPrefix);
-  }
-  if (const auto xmp = profiles.find("xmp"); xmp != profiles.end() && carrier.xmp.empty())
-    carrier.xmp = withoutPrefix(xmp->second, kXmpPrefix);
-  for (const std::string_view kind : {"iptc", "8bim"}) {
-    const auto found = profiles.find(kind);
-    if (found == profiles.end() || !carrier.iptc.empty()) continue;
-    if (asText(found->second).starts_with("8BIM")) {
-      PhotoshopBlock block = splitPhotoshop(found->second);
-      carrier.iptc = std::move(block.iptc);
-      if (carrier.photoshopResources.empty()) carrier.photoshopResources = std::move(block.resources);
-    } else if (!found->second.empty() && found->second[0] == 0x1C) {
-      carrier.iptc = found->second;
-    }
+void takeApp1(Carrier& carrier, const Bytes& block) {
+  const bool isXmp = asText(block).starts_with(kXmpPrefix);
+  if (isXmp && carrier.xmp.empty()) carrier.xmp = withoutPrefix(block, kXmpPrefix);
+  if (!isXmp && carrier.exif.empty()) carrier.exif = withoutPrefix(block, kExifPrefix);
+}
+
+void takeIptc(Carrier& carrier, const Bytes& block) {
+  if (!carrier.iptc.empty()) return;
+  if (asText(block).starts_with("8BIM")) {
+    PhotoshopBlock photoshop = splitPhotoshop(block);
+    carrier.iptc = std::move(photoshop.iptc);
+    if (carrier.photoshopResources.empty()) carrier.photoshopResources = std::move(photoshop.resources);
+  } else if (!block.empty() && block[0] == 0x1C) {
+    carrier.iptc = block;
   }
 }
 
-void takeText(PngText text, PngBlocks& blocks, RawProfiles& profiles) {
-  if (text.keyword == kPngXmpKeyword) {
-    if (blocks.carrier.xmp.empty()) blocks.carrier.xmp = Bytes(text.text.begin(), text.text.end());
-  } else if (text.keyword.starts_with(kPngRawProfile)) {
-    auto bytes = readPngRawProfile(text.text);
-    if (bytes) profiles.emplace(text.keyword.substr(kPngRawProfile.size()), std::move(*bytes));
-  } else if (isPngGroupKeyword(text.keyword)) {
-    blocks.groupTexts.emplace_back(std::move(text.keyword), std::move(text.text));
-  } else {
-    blocks.carrier.texts.emplace_back(std::move(text.keyword), std::move(text.text));
+// A native block wins, then the first raw profile that holds one.
+void fillFromRawProfiles(Carrier& carrier, const RawProfiles& profiles) {
+  const auto forEach = [&](std::string_view kind, auto take) {
+    const auto [begin, end] = profiles.equal_range(kind);
+    for (auto profile = begin; profile != end; ++profile) take(carrier, profile->second);
+  };
+  for (const std::string_view kind : {"exif", "APP1", "app1"}) forEach(kind, takeApp1);
+  forEach("xmp", [](Carrier& to, const Bytes& block) {
+    if (to.xmp.empty()) to.xmp = withoutPrefix(block, kXmpPrefix);
+  });
+  for (const std::string_view kind : {"iptc", "8bim"}) forEach(kind, takeIptc);
+}
+
+enum class RawKind { block, profile, other };
+
+RawKind rawKindOf(std::string_view kind) {
+  for (const std::string_view known : {"exif", "APP1", "app1", "xmp", "iptc", "8bim"}) {
+    if (kind == known) return RawKind::block;
   }
+  return kind == "icc" || kind == "icm" ? RawKind::profile : RawKind::other;
+}
+
+// True when the text is a raw profile that is read as a block, or one of the old colours.
+bool takeRawProfile(const PngText& text, RawProfiles& profiles) {
+  if (!text.keyword.starts_with(kPngRawProfile)) return false;
+  const std::string kind = text.keyword.substr(kPngRawProfile.size());
+  const RawKind what = rawKindOf(kind);
+  auto bytes = what == RawKind::block ? readPngRawProfile(text.text) : std::nullopt;
+  if (bytes) profiles.emplace(kind, std::move(*bytes));
+  return bytes || what == RawKind::profile;
+}
+
+void takeText(PngText text, Carrier& carrier, RawProfiles& profiles) {
+  if (text.keyword == kPngXmpKeyword) {
+    if (carrier.xmp.empty()) carrier.xmp = Bytes(text.text.begin(), text.text.end());
+  } else if (takeRawProfile(text, profiles)) {
+    return;
+  } else {
+    carrier.texts.push_back(std::move(text));
+  }
+}
+
+// Ancillary, and by its name safe to copy beside pixels that changed, or known to speak of the geometry
+// alone; but none of those that are read, and none that speak of the colours.
+bool isCarried(const PngChunk& chunk) {
+  constexpr std::uint32_t kSafeToCopy = 0x20, kReserved = 0x2000;
+  for (const std::uint32_t type : {pngType("sTER"), pngType("sCAL")}) {
+    if (chunk.type == type) return true;
+  }
+  for (const std::uint32_t type : {pngType("eXIf"), pngType("zxIf"), pngType("pHYs"), pngType("tEXt"),
+                                   pngType("zTXt"), pngType("iTXt"), pngType("mDCv"), pngType("cLLi")}) {
+    if (chunk.type == type) return false;
+  }
+  for (unsigned shift = 0; shift < 32; shift += 8) {
+    const std::uint32_t letter = (chunk.type >> shift & 0xFF) | 0x20;
+    if (letter < 'a' || letter > 'z') return false;
+  }
+  return !chunk.isCritical() && (chunk.type & kSafeToCopy) != 0 && (chunk.type & kReserved) == 0;
+}
+
+// A density without a unit.
+std::optional<PixelAspect> pixelAspectOf(const PngChunk& chunk) {
+  if (chunk.type != pngType("pHYs") || chunk.data.size() != 9 || !chunk.isIntact()) return std::nullopt;
+  const PixelAspect aspect{bigEndian32(chunk.data, 0), bigEndian32(chunk.data, 4)};
+  const bool isAspect = chunk.data[8] == 0 && aspect.x > 0 && aspect.y > 0;
+  return isAspect ? std::optional(aspect) : std::nullopt;
+}
+
+void takeChunk(const PngChunk& chunk, bool afterPixels, Carrier& carrier, std::size_t& left) {
+  if (const auto aspect = pixelAspectOf(chunk); aspect && !carrier.pixelAspect) carrier.pixelAspect = aspect;
+  if (!isCarried(chunk) || chunk.data.size() > left || !chunk.isIntact()) return;
+  left -= chunk.data.size();
+  carrier.pngChunks.push_back({chunk.type, Bytes(chunk.data.begin(), chunk.data.end()), afterPixels});
 }
 
 }  // namespace
 
-PngBlocks readPngBlocks(ByteView file, std::size_t limit) {
-  PngBlocks blocks;
+Carrier readPngBlocks(ByteView file, std::size_t limit) {
+  Carrier carrier;
   RawProfiles profiles;
   std::size_t left = limit;
+  bool afterPixels = false;
   PngChunkWalk walk(file);
   while (const auto chunk = walk.next()) {
-    if (chunk->type == pngType("eXIf") && blocks.carrier.exif.empty() && chunk->data.size() <= left &&
+    if (chunk->type == pngType("IEND")) break;
+    if (chunk->type == pngType("IDAT")) afterPixels = true;
+    takeChunk(*chunk, afterPixels, carrier, left);
+    if (chunk->type == pngType("eXIf") && carrier.exif.empty() && chunk->data.size() <= left &&
         chunk->isIntact()) {
-      blocks.carrier.exif = Bytes(chunk->data.begin(), chunk->data.end());
-      blocks.carrier.exif = withoutPrefix(blocks.carrier.exif, kExifPrefix);
+      carrier.exif = Bytes(chunk->data.begin(), chunk->data.end());
+      carrier.exif = withoutPrefix(carrier.exif, kExifPrefix);
       left -= chunk->data.size();
     }
     if (auto text = readPngText(*chunk, left)) {
       left -= std::min(left, text->keyword.size() + text->text.size());
-      takeText(std::move(*text), blocks, profiles);
+      takeText(std::move(*text), carrier, profiles);
     }
   }
-  fillFromRawProfiles(blocks.carrier, profiles);
-  return blocks;
+  fillFromRawProfiles(carrier, profiles);
+  return carrier;
 }
 
 }  // namespace ostra

@@ -1,17 +1,18 @@
 #include "platform/imageio/codecs/png_properties.h"
 
-#include <array>
 #include <string>
 
 #include "platform/imageio/codecs/big_endian.h"
 #include "platform/imageio/codecs/picture_tree.h"
 #include "platform/imageio/codecs/png_blocks.h"
+#include "platform/imageio/codecs/png_text.h"
 #include "platform/imageio/property_keys.h"
 
 namespace ostra {
 namespace {
 
 constexpr double kMetresAnInch = 0.0254;
+constexpr std::size_t kMostFrames = 10'000;
 
 void readDensity(ByteView phys, Dictionary& tree, Dictionary& group) {
   const std::int64_t x = bigEndian32(phys, 0), y = bigEndian32(phys, 4);
@@ -40,10 +41,28 @@ std::string timeText(ByteView time) {
          ":" + two(time[5]) + ":" + two(time[6]);
 }
 
+// A frame's time on the screen: seconds as a fraction, whose 0 below the line stands for 100. Too short ones
+// are shown as a tenth of a second, as the platform does for every animation.
+Dictionary frameInfo(ByteView control) {
+  constexpr double kShortest = 0.02, kShownInstead = 0.1;
+  const double below = bigEndian16(control, 22) == 0 ? 100 : bigEndian16(control, 22);
+  const double seconds = bigEndian16(control, 20) / below;
+  return {{"UnclampedDelayTime", seconds}, {"DelayTime", seconds < kShortest ? kShownInstead : seconds}};
+}
+
+void addFrames(Array frames, const PngHeader& header, Dictionary& group) {
+  if (!group.contains("LoopCount") || frames.empty()) return;
+  for (const auto& [key, value] : *frames.front().get<Dictionary>()) group.emplace(key, value);
+  group.emplace("CanvasPixelWidth", std::int64_t{header.width});
+  group.emplace("CanvasPixelHeight", std::int64_t{header.height});
+  group.emplace("FrameInfo", std::move(frames));
+}
+
 // The group's numbers, and the density, which the top level tells.
 Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
   Dictionary group;
   group.emplace("InterlaceType", header.interlaced ? 1 : 0);
+  Array frames;
   PngChunkWalk walk(file);
   while (const auto chunk = walk.next()) {
     const ByteView data = chunk->data;
@@ -56,32 +75,10 @@ Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
     if (is("pHYs", 9)) readDensity(data, tree, group);
     if (is("tIME", 7)) group.emplace("ModificationTime", timeText(data));
     if (is("acTL", 8)) group.emplace("LoopCount", std::int64_t{bigEndian32(data, 4)});
+    if (is("fcTL", 26) && frames.size() < kMostFrames) frames.emplace_back(frameInfo(data));
   }
+  addFrames(std::move(frames), header, group);
   return group;
-}
-
-// The {PNG} group does not survive a rewrite. Its texts do where another group has a place for them and says
-// nothing there: put into the tree after the blocks were read, they count as new and are written.
-struct TextHome {
-  std::string_view keyword, group, key;
-};
-constexpr std::array kTextHomes = {
-    TextHome{"Title", kCGImagePropertyIPTCDictionary, "ObjectName"},
-    TextHome{"Description", kCGImagePropertyIPTCDictionary, "Caption/Abstract"},
-    TextHome{"Author", kCGImagePropertyTIFFDictionary, "Artist"},
-    TextHome{"Copyright", kCGImagePropertyTIFFDictionary, "Copyright"},
-    TextHome{"Software", kCGImagePropertyTIFFDictionary, "Software"},
-    TextHome{"Comment", kCGImagePropertyExifDictionary, "UserComment"},
-};
-
-void giveTextsAHome(const PngBlocks& blocks, Dictionary& tree) {
-  for (const auto& [keyword, text] : blocks.groupTexts) {
-    for (const TextHome& home : kTextHomes) {
-      if (home.keyword != keyword || text.empty()) continue;
-      auto* group = tree.emplace(home.group, Dictionary()).first->second.get<Dictionary>();
-      if (group != nullptr) group->emplace(home.key, text);
-    }
-  }
 }
 
 }  // namespace
@@ -98,12 +95,12 @@ Properties readPngProperties(ByteView file, const PngStructure& structure, const
   facts.isIndexed = header.isPalette();
   Dictionary tree = pictureTree(facts, profile);
   Dictionary group = readGroup(file, header, tree);
-  PngBlocks blocks = readPngBlocks(file, limits.metadataBytes);
-  for (const auto& [keyword, text] : blocks.groupTexts) group.emplace(keyword, text);
+  Carrier carrier = readPngBlocks(file, limits.metadataBytes);
+  for (const PngText& text : carrier.texts) {
+    if (isPngGroupKeyword(text.keyword)) group.emplace(text.keyword, text.text);
+  }
   tree.emplace(kCGImagePropertyPNGDictionary, std::move(group));
-  Properties properties = readMetadata(std::move(blocks.carrier), std::move(tree));
-  giveTextsAHome(blocks, properties.tree);
-  return properties;
+  return readMetadata(std::move(carrier), std::move(tree));
 }
 
 }  // namespace ostra

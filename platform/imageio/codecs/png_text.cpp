@@ -42,12 +42,20 @@ std::optional<std::string> compressedText(ByteView rest, std::size_t limit) {
   return text;
 }
 
-std::optional<std::string> internationalText(ByteView rest, std::size_t limit) {
+std::optional<PngText> internationalText(ByteView rest, std::size_t limit) {
   if (rest.size() < 2) return std::nullopt;
   const bool compressed = rest[0] == 1;
   rest = rest.subspan(2);
-  if (!takeField(rest) || !takeField(rest)) return std::nullopt;  // language, translated keyword
-  return compressed ? inflatedText(rest, limit) : std::string(asText(rest));
+  const auto language = takeField(rest);
+  const auto translated = language ? takeField(rest) : std::nullopt;
+  if (!translated) return std::nullopt;
+  PngText text;
+  text.language = asText(*language);
+  text.translatedKeyword = utf8FromUnknown(asText(*translated));
+  const auto words = compressed ? inflatedText(rest, limit) : std::optional(std::string(asText(rest)));
+  if (!words) return std::nullopt;
+  text.text = *words;
+  return text;
 }
 
 int hexDigit(char c) {
@@ -66,12 +74,16 @@ std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit) {
   ByteView rest = chunk.data;
   const auto keyword = takeField(rest);
   if (!keyword || !isKeyword(*keyword)) return std::nullopt;
-  std::optional<std::string> text;
-  if (chunk.type == pngType("tEXt")) text = utf8FromLatin1(asText(rest));
-  if (chunk.type == pngType("zTXt")) text = compressedText(rest, limit);
-  if (chunk.type == pngType("iTXt")) text = internationalText(rest, limit);
-  if (!text) return std::nullopt;
-  return PngText{utf8FromLatin1(asText(*keyword)), std::move(*text)};
+  std::optional<PngText> found;
+  if (chunk.type == pngType("iTXt")) {
+    found = internationalText(rest, limit);
+  } else {
+    const auto text =
+        chunk.type == pngType("zTXt") ? compressedText(rest, limit) : utf8FromLatin1(asText(rest));
+    if (text) found = PngText{.keyword = {}, .text = *text, .language = {}, .translatedKeyword = {}};
+  }
+  if (found) found->keyword = utf8FromLatin1(asText(*keyword));
+  return found;
 }
 
 // A line with the kind, a line with the number of bytes, lines of hexadecimal digits.

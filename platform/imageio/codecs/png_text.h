@@ -6,6 +6,7 @@
 
 #include "platform/foundation/bytes.h"
 #include "platform/imageio/codecs/png_chunks.h"
+#include "platform/imageio/metadata/carrier.h"
 
 namespace ostra {
 
@@ -15,10 +16,8 @@ inline constexpr std::string_view kPngXmpKeyword = "XML:com.adobe.xmp";
 /// wrote metadata before PNG had places for it.
 inline constexpr std::string_view kPngRawProfile = "Raw profile type ";
 
-struct PngText {
-  std::string keyword;
-  std::string text;  // UTF-8; of an XMP packet the bytes as they are
-};
+/// UTF-8; the text of an XMP packet is the bytes as they are.
+using PngText = CarriedText;
 
 /// The text of a tEXt, zTXt or iTXt chunk; nothing for other chunks, a malformed one, or one of more than
 /// `limit` bytes.

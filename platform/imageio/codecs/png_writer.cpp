@@ -39,6 +39,13 @@ void onWrite(png_structp png, png_bytep bytes, std::size_t size) {
   if (!stored) png_error(png, "no memory");
 }
 
+void writeChunks(png_structp png, const PngEncoding& encoding, bool afterPixels) {
+  for (const PngWrittenChunk& chunk : encoding.chunks) {
+    if (chunk.afterPixels == afterPixels)
+      png_write_chunk(png, chunk.type, chunk.data.data(), chunk.data.size());
+  }
+}
+
 // Jumps: nothing here has a destructor.
 bool run(png_structp png, png_infop info, PngEncoding& encoding) {
   const Layout& layout = encoding.pixels.layout;
@@ -51,12 +58,12 @@ bool run(png_structp png, png_infop info, PngEncoding& encoding) {
   png_set_IHDR(png, info, layout.width, layout.height, layout.bitsPerComponent, encoding.colourType,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   png_write_info(png, info);
-  for (const PngWrittenChunk& chunk : encoding.chunks)
-    png_write_chunk(png, chunk.type, chunk.data.data(), chunk.data.size());
+  writeChunks(png, encoding, false);
   if (layout.bitsPerComponent == 16) png_set_swap(png);
   if (encoding.skipsFourth) png_set_filler(png, 0, PNG_FILLER_AFTER);
   for (std::uint32_t y = 0; y < layout.height; ++y)
     png_write_row(png, encoding.pixels.bytes.view.data() + y * layout.bytesPerRow);
+  writeChunks(png, encoding, true);
   png_write_end(png, nullptr);
   return true;
 }

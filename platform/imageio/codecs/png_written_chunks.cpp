@@ -9,8 +9,10 @@
 #include "platform/imageio/codecs/png_text.h"
 #include "platform/imageio/codecs/written_profile.h"
 #include "platform/imageio/metadata/carrier.h"
+#include "platform/imageio/metadata/exif_block.h"
 #include "platform/imageio/metadata/photoshop.h"
 #include "platform/imageio/metadata/text_encoding.h"
+#include "platform/imageio/property_keys.h"
 
 namespace ostra {
 namespace {
@@ -50,34 +52,92 @@ bool addColour(Chunks& chunks, const Pixels& pixels) {
   return true;
 }
 
-void addDensity(Chunks& chunks, const Dictionary& tree) {
-  const auto density = statedDensity(tree);
-  if (!density) return;
-  constexpr double kMetresAnInch = 0.0254;
+void addPhysical(Chunks& chunks, std::uint32_t x, std::uint32_t y, std::uint8_t unit) {
   Bytes data;
-  for (const double dots : {density->x, density->y})
-    appendBigEndian32(
-        data, static_cast<std::uint32_t>(std::clamp(std::round(dots / kMetresAnInch), 1.0, 2147483647.0)));
-  data.push_back(1);  // the unit: metre
+  appendBigEndian32(data, x);
+  appendBigEndian32(data, y);
+  data.push_back(unit);
   add(chunks, "pHYs", std::move(data));
 }
 
+void addDensity(Chunks& chunks, const Properties& properties) {
+  constexpr std::uint8_t kAspectOnly = 0, kMetre = 1;
+  constexpr double kMetresAnInch = 0.0254;
+  const auto density = statedDensity(properties.tree);
+  const auto perMetre = [](double dots) {
+    return static_cast<std::uint32_t>(std::clamp(std::round(dots / kMetresAnInch), 1.0, 2147483647.0));
+  };
+  if (density) return addPhysical(chunks, perMetre(density->x), perMetre(density->y), kMetre);
+  if (properties.carrier == nullptr || !properties.carrier->pixelAspect) return;
+  const PixelAspect aspect = *properties.carrier->pixelAspect;
+  addPhysical(chunks, aspect.x, aspect.y, kAspectOnly);
+}
+
+// The keyword in Latin-1, as every kind of text has it; empty when it cannot be.
+std::string keywordOf(const CarriedText& text) {
+  const Bytes units = utf16FromUtf8(text.keyword, ByteOrder::big);
+  std::string keyword;
+  for (std::size_t i = 0; i < units.size(); i += 2) {
+    if (units[i] != 0) return {};
+    keyword += static_cast<char>(units[i + 1]);
+  }
+  return keyword.size() > 79 ? std::string() : keyword;
+}
+
 // ASCII as the oldest kind of text, which everybody reads; anything else as UTF-8.
-void addText(Chunks& chunks, std::string_view keyword, std::string_view text) {
+void addText(Chunks& chunks, const CarriedText& text) {
   constexpr std::size_t kWorthCompressing = 2048;
-  if (keyword.empty() || keyword.size() > 79 || !isAscii(keyword)) return;
-  const bool compressed = text.size() > kWorthCompressing;
-  Bytes data = isAscii(text) && !compressed ? Bytes(keyword.begin(), keyword.end()) : compressedHead(keyword);
-  if (isAscii(text)) {
-    if (!compressed) data.push_back(0);
-    append(data, compressed ? ByteView(deflateAll(asBytes(text))) : asBytes(text));
+  const std::string keyword = keywordOf(text);
+  if (keyword.empty()) return;
+  const bool compressed = text.text.size() > kWorthCompressing;
+  const Bytes packed = compressed ? deflateAll(asBytes(text.text)) : Bytes();
+  const ByteView stored = compressed ? ByteView(packed) : asBytes(text.text);
+  Bytes data = compressedHead(keyword);
+  if (isAscii(text.text) && text.language.empty() && text.translatedKeyword.empty()) {
+    if (!compressed) data.pop_back();
+    append(data, stored);
     add(chunks, compressed ? "zTXt" : "tEXt", std::move(data));
     return;
   }
   data.back() = compressed ? 1 : 0;
-  data.insert(data.end(), {0, 0, 0});  // the method, no language, no translated keyword
-  append(data, compressed ? ByteView(deflateAll(asBytes(text))) : asBytes(text));
+  data.push_back(0);  // the method
+  for (const std::string& word : {text.language, text.translatedKeyword}) {
+    append(data, asBytes(word));
+    data.push_back(0);
+  }
+  append(data, stored);
   add(chunks, "iTXt", std::move(data));
+}
+
+CarriedText plainText(std::string_view keyword, std::string_view text) {
+  return {
+      .keyword = std::string(keyword), .text = std::string(text), .language = {}, .translatedKeyword = {}};
+}
+
+// What a tree that kept its {PNG} group says in words, unless the carrier has it.
+void addGroupTexts(Chunks& chunks, const Dictionary& tree, const std::vector<CarriedText>& carried) {
+  for (const auto& [key, value] : groupOf(tree, kCGImagePropertyPNGDictionary)) {
+    const auto* words = value.get<std::string>();
+    if (words == nullptr || !isPngGroupKeyword(key) || words->find('\0') != std::string::npos) continue;
+    const CarriedText text = plainText(key, *words);
+    if (std::find(carried.begin(), carried.end(), text) == carried.end()) addText(chunks, text);
+  }
+}
+
+void addComment(Chunks& chunks, std::string_view comment) {
+  std::string text = utf8FromUnknown(comment);
+  std::erase(text, '\0');
+  addText(chunks, plainText("Comment", text));
+}
+
+void addCarriedChunks(Chunks& chunks, const Properties& properties) {
+  if (properties.carrier == nullptr) return;
+  for (const CarriedChunk& chunk : properties.carrier->pngChunks) {
+    std::string type;
+    for (int shift = 24; shift >= 0; shift -= 8) type += static_cast<char>(chunk.type >> shift & 0xFF);
+    add(chunks, type, chunk.data);
+    chunks.back().afterPixels = chunk.afterPixels;
+  }
 }
 
 void addXmp(Chunks& chunks, ByteView packet) {
@@ -106,13 +166,13 @@ std::optional<Chunks> pngChunksToWrite(const Pixels& pixels, const Properties* p
   auto blocks = writeMetadata(*properties, {pixels.layout.width, pixels.layout.height});
   if (!blocks) return std::nullopt;
   if (!blocks->exif.empty()) add(chunks, "eXIf", std::move(blocks->exif));
-  addDensity(chunks, properties->tree);
+  addDensity(chunks, *properties);
   addXmp(chunks, blocks->xmp);
   addIptc(chunks, *blocks);
-  for (const std::string& comment : blocks->comments) addText(chunks, "Comment", comment);
-  if (properties->carrier != nullptr) {
-    for (const auto& [keyword, text] : properties->carrier->texts) addText(chunks, keyword, text);
-  }
+  addGroupTexts(chunks, properties->tree, blocks->texts);
+  for (const std::string& comment : blocks->comments) addComment(chunks, comment);
+  for (const CarriedText& text : blocks->texts) addText(chunks, text);
+  addCarriedChunks(chunks, *properties);
   return chunks;
 }
 

@@ -10,10 +10,11 @@ namespace ostra {
 struct PngWrittenChunk {
   std::uint8_t type[5] = {};  // four letters and a NUL
   Bytes data;
+  bool afterPixels = false;
 };
 
-/// The chunks between the header and the pixels: what the colours mean, then density and metadata. Nothing
-/// when the profile or a metadata block is malformed.
+/// The chunks around the pixels: what the colours mean, then density and metadata. Nothing when the profile
+/// or a metadata block is malformed.
 std::optional<std::vector<PngWrittenChunk>> pngChunksToWrite(const Pixels& pixels,
                                                              const Properties* properties);
 

@@ -12,6 +12,25 @@
 
 namespace ostra {
 
+/// A text (UTF-8) under a keyword, with what PNG tells beside it: its language, and the keyword in that.
+struct CarriedText {
+  std::string keyword, text;
+  std::string language, translatedKeyword;
+  friend bool operator==(const CarriedText&, const CarriedText&) = default;
+};
+
+/// A chunk of a PNG that may be copied to a changed picture.
+struct CarriedChunk {
+  std::uint32_t type = 0;
+  Bytes data;
+  bool afterPixels = false;
+};
+
+/// Dots to the same length, across and down.
+struct PixelAspect {
+  std::uint32_t x = 1, y = 1;
+};
+
 /// The metadata blocks of one picture as they lay in its file, without the wrapping of the format, and the
 /// tree that was read from them. Immutable once shared.
 class Carrier {
@@ -24,13 +43,18 @@ class Carrier {
   Bytes iptc;
   /// The other Photoshop resources of the block that held the IPTC records, each whole with its "8BIM" head.
   Bytes photoshopResources;
-  /// Comments of the file that belong to no group.
+  /// Comments of the file that belong to no group, byte by byte: nothing says in which characters.
   std::vector<std::string> comments;
-  /// Keyword and text of what a format stores under keywords that no group knows. Written back by formats
-  /// that have such a place, left out by others.
-  std::vector<std::pair<std::string, std::string>> texts;
+  /// What a format stores under keywords. Some of it is at home in a key of the tree: see text_homes.h.
+  std::vector<CarriedText> texts;
+  /// What only a file of the same format takes back, in file order.
+  std::vector<CarriedChunk> pngChunks;
+  /// Width to height of a pixel, where the file tells that but no density.
+  std::optional<PixelAspect> pixelAspect;
   /// The tree as it was read; what the tree handed to a writer is compared with.
   Dictionary tree;
+  /// The part of the tree that the XMP packet alone tells, which needs no other place.
+  Dictionary toldByXmp;
 
   bool empty() const;
 };
@@ -42,6 +66,7 @@ struct MetadataBlocks {
   Bytes iptc;
   Bytes photoshopResources;
   std::vector<std::string> comments;
+  std::vector<CarriedText> texts;
 };
 
 /// What the picture being written is, where metadata repeats it.
@@ -53,7 +78,7 @@ struct WrittenPicture {
 /// Reads the groups that `carrier`'s blocks hold into `tree` and remembers the tree in the carrier. `tree`
 /// may hold top-level keys of the format already (pixel size, depth, density, orientation), which win.
 /// Lenient: an entry that cannot be read is left out and its bytes stay. What the XMP packet says of the old
-/// pixels leaves it here.
+/// pixels leaves it here; what else it says fills keys that no other block tells.
 Properties readMetadata(Carrier carrier, Dictionary tree);
 
 /// The blocks of the carrier, patched by the difference between the tree as read and the tree as it is now,

@@ -13,7 +13,7 @@ void readExif(ByteView block, Dictionary& tree);
 /// The block with what differs between `before` (the tree as read) and `after`: a key that is gone takes its
 /// entry with it, a group that is gone its directory. The orientation and, when `picture` has a size, the
 /// pixel size are set wherever the block tells them; thumbnails are dropped. An empty block is built from
-/// `after`. Nothing when the block is malformed; empty when nothing is left in it.
+/// what `before` lacks. Nothing when the block is malformed; empty when nothing is left in it.
 std::optional<Bytes> patchExif(const Bytes& block, const Dictionary& before, const Dictionary& after,
                                const WrittenPicture& picture);
 

@@ -158,6 +158,16 @@ void ExifEditor::dropDangling() {
   }
 }
 
+void ExifEditor::closeDirectories() {
+  for (const Ifd& ifd : structure_.ifds) {
+    if (ifd.hasNext) continue;
+    const std::size_t end = ifd.range().end();
+    bytes_.resize(std::max(bytes_.size(), end + 4));
+    write32(bytes_, end, 0, structure_.order);
+  }
+  reparse();
+}
+
 void ExifEditor::removeEntry(const Ifd& ifd, const ExifEntry& entry) {
   releaseRoom(entry);
   const std::size_t end = ifd.range().end();

@@ -26,6 +26,9 @@ class ExifEditor {
   void dropThumbnails();
   /// Removes entries that point behind the end of the block, where a longer block would give them a meaning.
   void dropDangling();
+  /// Gives directories at the very end the offset of the next one, none, that their writer left out: in a
+  /// longer block other bytes would be taken for it.
+  void closeDirectories();
   /// Every entry of the tag, with its value. A directory below the first that runs empty goes too.
   void removeTag(IfdKind kind, std::uint16_t tag);
   /// A directory below the first one, and what hangs on it.

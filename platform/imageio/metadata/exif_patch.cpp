@@ -125,6 +125,19 @@ void patchSize(ExifEditor& editor, const WrittenPicture& picture) {
   }
 }
 
+/// The interoperability index names a colour space, as the key does that the tree lost. Adobe RGB (R03) is
+/// read from it even without that key.
+void patchInteropIndex(ExifEditor& editor, const Dictionary& before, const Dictionary& after) {
+  constexpr std::uint16_t kIndex = 1;
+  const auto tells = [](const Dictionary& tree) {
+    return groupOf(tree, kCGImagePropertyExifDictionary).contains(kCGImagePropertyExifColorSpace);
+  };
+  const ExifEntry* entry = editor.find(IfdKind::interop, kIndex);
+  if (entry == nullptr || !entry->value || tells(after)) return;
+  const auto name = readExifValue(editor.bytes(), editor.structure().order, *entry, ExifForm::text);
+  if (tells(before) || (name && *name == Value("R03"))) editor.removeTag(IfdKind::interop, kIndex);
+}
+
 /// A tree whose pixel size in {Exif}, where it has one, is that of the picture.
 Dictionary withSize(Dictionary tree, const WrittenPicture& picture) {
   const auto found = tree.find(kCGImagePropertyExifDictionary);
@@ -148,6 +161,7 @@ struct Patch {
 std::optional<Bytes> applied(ExifEditor editor, const Patch& patch) {
   editor.dropThumbnails();
   for (const ExifGroup& group : exifGroups()) patchGroup(editor, group, patch.before, patch.after);
+  patchInteropIndex(editor, patch.before, patch.after);
   patchOrientation(editor, patch.before, patch.after);
   patchSize(editor, patch.picture);
   return std::move(editor).finish();
@@ -157,13 +171,14 @@ std::optional<Bytes> applied(ExifEditor editor, const Patch& patch) {
 
 std::optional<Bytes> patchExif(const Bytes& block, const Dictionary& before, const Dictionary& after,
                                const WrittenPicture& picture) {
-  if (block.empty()) return applied(ExifEditor::fresh(), {{}, withSize(after, picture), picture});
+  if (block.empty()) return applied(ExifEditor::fresh(), {before, withSize(after, picture), picture});
   auto editor = ExifEditor::open(block);
   if (!editor) return std::nullopt;
   const Patch patch{before, after, picture};
   auto result = applied(*editor, patch);
-  if (!result || result->size() <= block.size()) return result;
+  if (result && result->size() <= block.size()) return result;
   editor->dropDangling();
+  editor->closeDirectories();
   return applied(std::move(*editor), patch);
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "platform/imageio/metadata/exif_structure.h"
+#include "platform/imageio/metadata/md5.h"
 #include "platform/imageio/metadata/text_encoding.h"
 
 namespace ostra {
@@ -49,6 +50,15 @@ void appendWhole(Bytes& bytes, const Resource& resource) {
   if (bytes.size() % 2 != 0) bytes.push_back(0);
 }
 
+void appendResource(Bytes& block, std::uint16_t id, ByteView data) {
+  append(block, asBytes("8BIM"));
+  block.resize(block.size() + 8);  // the number, an empty name, the size
+  write16(block, block.size() - 8, id, ByteOrder::big);
+  write32(block, block.size() - 4, static_cast<std::uint32_t>(data.size()), ByteOrder::big);
+  append(block, data);
+  if (block.size() % 2 != 0) block.push_back(0);
+}
+
 void writeFixed(Bytes& bytes, std::size_t at, double value) {
   write32(bytes, at, static_cast<std::uint32_t>(std::llround(std::min(value, 32767.0) * 65536)),
           ByteOrder::big);
@@ -61,7 +71,7 @@ PhotoshopBlock splitPhotoshop(ByteView block) {
   while (const auto resource = takeResource(block)) {
     if (resource->id != kIptc) {
       appendWhole(result.resources, *resource);
-    } else if (result.iptc.empty()) {
+    } else {
       append(result.iptc, resource->data());
     }
   }
@@ -71,12 +81,7 @@ PhotoshopBlock splitPhotoshop(ByteView block) {
 
 Bytes joinPhotoshop(ByteView iptc, ByteView resources) {
   Bytes block;
-  if (!iptc.empty()) {
-    block = {'8', 'B', 'I', 'M', kIptc >> 8, kIptc & 0xFF, 0, 0, 0, 0, 0, 0};
-    write32(block, block.size() - 4, static_cast<std::uint32_t>(iptc.size()), ByteOrder::big);
-    append(block, iptc);
-    if (block.size() % 2 != 0) block.push_back(0);
-  }
+  if (!iptc.empty()) appendResource(block, kIptc, iptc);
   append(block, resources);
   return block;
 }
@@ -94,6 +99,14 @@ Bytes patchPhotoshop(ByteView resources, const std::optional<Density>& density, 
       writeFixed(result, data + kVertical, density->y);
     }
   }
+  append(result, resources);
+  return result;
+}
+
+Bytes withIptcDigest(ByteView resources, ByteView iptc) {
+  Bytes result;
+  appendResource(result, kIptcDigest, md5(iptc));
+  // At the end there may be bytes that are no resource and hide what follows them.
   append(result, resources);
   return result;
 }

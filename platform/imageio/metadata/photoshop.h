@@ -15,8 +15,8 @@ struct PhotoshopBlock {
   Bytes resources;
 };
 
-/// Takes the IPTC records (resource 1028) out of the block. Never fails: bytes that are no resource stay at
-/// the end of `resources`.
+/// Takes the IPTC records (resource 1028, or several of them) out of the block. Never fails: bytes that are
+/// no resource stay at the end of `resources`.
 PhotoshopBlock splitPhotoshop(ByteView block);
 /// The block that holds both again; empty when both are.
 Bytes joinPhotoshop(ByteView iptc, ByteView resources);
@@ -25,6 +25,8 @@ Bytes joinPhotoshop(ByteView iptc, ByteView resources);
 /// (1039), resolution (1005) as `density` states it, and the digest of the IPTC records (1061) only where
 /// they are unchanged.
 Bytes patchPhotoshop(ByteView resources, const std::optional<Density>& density, bool iptcUnchanged);
+/// With the digest of the IPTC records (1061: their MD5).
+Bytes withIptcDigest(ByteView resources, ByteView iptc);
 /// The resolution (1005), in dots an inch.
 std::optional<Density> photoshopDensity(ByteView resources);
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/foundation/bytes.h"
+#include "platform/foundation/value.h"
 
 namespace ostra {
 
@@ -19,5 +20,13 @@ Bytes withoutPixelProperties(ByteView packet);
 Bytes withoutGroupProperties(ByteView packet, std::string_view group);
 /// With `orientation` (1 to 8) where the packet tells one.
 Bytes withOrientation(ByteView packet, std::int64_t orientation);
+/// With the picture's size where the packet tells Exif's.
+Bytes withPixelSize(ByteView packet, std::int64_t width, std::int64_t height);
+
+/// Reads the keys of {TIFF}, {Exif}, {ExifAux} and {IPTC} that the tree lacks, and says which they were.
+Dictionary readXmp(ByteView packet, Dictionary& tree);
+/// Without the properties that repeat what differs between the trees, and with those of the new values that
+/// no other block has a place for. An empty packet is made anew.
+Bytes withTreeChanges(ByteView packet, const Dictionary& before, const Dictionary& after);
 
 }  // namespace ostra

@@ -65,7 +65,7 @@ TEST_P(ExifPatch, AThumbnailInTheMiddleIsZeroed) {
   EXPECT_TRUE(contains(result, "tail"));
 }
 
-TEST_P(ExifPatch, RemovingTheColorSpaceTouchesItsDirectoryOnly) {
+TEST_P(ExifPatch, RemovingTheColorSpaceTouchesItsDirectoryAndTheInteroperabilityIndexOnly) {
   Properties properties = read(camera_);
   group(properties, "{Exif}").erase("ColorSpace");
   const Bytes result = written(properties);
@@ -75,13 +75,39 @@ TEST_P(ExifPatch, RemovingTheColorSpaceTouchesItsDirectoryOnly) {
   const std::size_t directory =
       test::positionOf(bare_, std::string_view(GetParam() ? "\0\x0C\x82\x9A" : "\x0C\0\x9A\x82", 4));
   ASSERT_NE(directory, SIZE_MAX);
+  // The first value of a directory of two entries.
+  const std::size_t index = test::positionOf(bare_, "R98");
+  ASSERT_NE(index, SIZE_MAX);
+  EXPECT_FALSE(contains(result, "R98"));
   for (const std::size_t place : test::differences(result, bare_)) {
-    EXPECT_TRUE(place == directory || place == directory + 1 ||
+    const bool inInterop = place >= index - 10 && place < index + 20;
+    EXPECT_TRUE(inInterop || place == directory || place == directory + 1 ||
                 (place >= directory + 2 + 12 * 7 && place < directory + 2 + 12 * 12));
   }
   Properties again = read(result);
   EXPECT_FALSE(group(again, "{Exif}").contains("ColorSpace"));
   properties.carrier = nullptr;
+  EXPECT_TRUE(again.tree == properties.tree);
+}
+
+TEST_P(ExifPatch, AnInteroperabilityIndexThatSaysAdobeRgbGoesAlsoWithoutAColorSpace) {
+  const ExifBuilder b(GetParam());
+  const auto blockWith = [&](std::string_view index) {
+    const auto interop = b.directory(0xA005, {b.text(1, index), b.bytes(2, 7, {'0', '1', '0', '0'})});
+    return b.build({b.directory(0x8769, {b.shorts(0x9209, {1}), interop})});
+  };
+  EXPECT_FALSE(contains(written(read(blockWith("R03"))), "R03"));
+  EXPECT_TRUE(contains(written(read(blockWith("R98"))), "R98"));
+}
+
+TEST_P(ExifPatch, ADirectoryThatLacksItsLastOffsetGetsOneWhereTheBlockGrows) {
+  const ExifBuilder b(GetParam());
+  Bytes block = b.build({b.shorts(0x0112, {6})});
+  block.resize(8 + 2 + 12);
+  Properties properties = read(block);
+  EXPECT_EQ(written(properties), block);
+  properties.tree.insert_or_assign("{Exif}", Dictionary{{"FNumber", 2.8}, {"ISOSpeed", 100}});
+  Properties again = read(written(properties));
   EXPECT_TRUE(again.tree == properties.tree);
 }
 
@@ -334,6 +360,7 @@ TEST_P(ExifPatch, ExiftoolFindsEverythingElseUnchanged) {
   auto before = test::exiftoolTags(camera_, "exif"), after = test::exiftoolTags(result, "exif");
   ASSERT_EQ(before.at("Canon:CanonImageType"), "MakerNote inside");
   EXPECT_EQ(before.erase("ExifIFD:ColorSpace"), 1u);
+  EXPECT_EQ(before.erase("InteropIFD:InteropIndex"), 1u);
   before["IFD0:Artist"] = "Someone with a longer name";
   before["IFD0:Copyright"] = "new";
   before["IFD0:Orientation"] = "1";

@@ -1,4 +1,4 @@
-#include "platform/imageio/codecs/md5.h"
+#include "platform/imageio/metadata/md5.h"
 
 #include <array>
 #include <cmath>
@@ -56,7 +56,7 @@ void addBlock(State& state, const std::uint8_t* block) {
 
 }  // namespace
 
-std::string md5Name(ByteView bytes) {
+Bytes md5(ByteView bytes) {
   State state = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
   const std::size_t whole = bytes.size() / 64 * 64;
   for (std::size_t at = 0; at < whole; at += 64) addBlock(state, bytes.data() + at);
@@ -66,10 +66,18 @@ std::string md5Name(ByteView bytes) {
   for (unsigned i = 0; i < 8; ++i)
     last.push_back(static_cast<std::uint8_t>(std::uint64_t{bytes.size()} * 8 >> 8 * i));
   for (std::size_t at = 0; at < last.size(); at += 64) addBlock(state, last.data() + at);
-  std::string name;
+  Bytes digest;
   for (const std::uint32_t word : state) {
-    for (unsigned i = 0; i < 8; ++i)
-      name += "0123456789ABCDEF"[word >> (8 * (i / 2) + (i % 2 == 0 ? 4 : 0)) & 15];
+    for (unsigned i = 0; i < 4; ++i) digest.push_back(static_cast<std::uint8_t>(word >> 8 * i));
+  }
+  return digest;
+}
+
+std::string md5Name(ByteView bytes) {
+  std::string name;
+  for (const std::uint8_t byte : md5(bytes)) {
+    name += "0123456789ABCDEF"[byte >> 4];
+    name += "0123456789ABCDEF"[byte & 15];
   }
   return name;
 }

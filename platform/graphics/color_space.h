@@ -39,9 +39,9 @@ class CGColorSpace {
  public:
   /// The space of one of the names above; null for any other. A name gives the same object every time.
   static CGColorSpaceRef createWithName(std::string_view name);
-  /// The space of an ICC profile, version 2 or 4. Null when the bytes are no whole, well-formed profile or
-  /// the profile is a device link, abstract or a list of named colours.
-  static CGColorSpaceRef createWithICCData(ByteView profile);
+  /// The space of an ICC profile, version 2 to 4, which begins the data. Null when that is no whole,
+  /// well-formed profile or is a device link, abstract or a list of named colours.
+  static CGColorSpaceRef createWithICCData(ByteView data);
   /// An RGB space (chromaticities of white and of red, green, blue as x, y pairs) or, without `primaries`, a
   /// gray one, in which a value v means v raised to `gamma`. Null when the numbers make no space.
   static CGColorSpaceRef createCalibrated(const double (&white)[2], const double (*primaries)[6],
@@ -51,7 +51,8 @@ class CGColorSpace {
   CGColorSpaceModel model() const;
   /// One of the names above, or nothing for a space made otherwise.
   std::optional<std::string_view> name() const;
-  /// The profile's bytes: as given, or made by us for a named space. Empty when there is none (device CMYK).
+  /// The profile's bytes: as given, or made by us for a space given by name or by numbers. Empty when there
+  /// is none (device CMYK).
   ByteView iccData() const;
   /// The profile's description in English, such as "Display P3".
   const std::string& profileDescription() const;

@@ -11,16 +11,13 @@
 namespace ostra {
 namespace {
 
-/// log2 of the pieces of an octave. The error of a power curve is then below 0.15 of a 16-bit step. Stored
-/// tables bend at every entry, by up to half a step of their own 16 bits, and need the pieces to be shorter
-/// than entries.
+/// log2 of the pieces of an octave. The error of a power curve is then below 0.15 of a 16-bit step.
 constexpr int formulaPieces = 7;
-constexpr int tablePieces = 10;
 constexpr int mantissaBits = 23;
+constexpr int mostLight = 65535;
 
 /// The darkest light worth an octave of its own: what a fiftieth of a 16-bit step means.
 double darkest(const ToneCurve& curve) {
-  if (!curve.table.empty()) return std::ldexp(1, -18);
   const double light = std::max(curve.toeEnd() / 2, std::pow(curve.a * 0.02 / 65535, curve.g));
   return std::max(light, std::ldexp(1, -60));
 }
@@ -39,6 +36,15 @@ void encodePlainly(const Pieces& p, float* values, std::size_t count) {
         std::clamp((std::bit_cast<std::int32_t>(light) >> p.shift) - p.first, 0, p.last);
     const float value = light < p.toeEnd ? p.toeSlope * light : p.base[piece] + p.slope[piece] * light;
     values[i] = std::clamp(value, 0.0f, 1.0f);
+  }
+}
+
+/// Steps of light of a stored table: the piece's start, and the way from there.
+void encodeSteps(const float* base, const float* slope, float* values, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const float position = std::clamp(values[i], 0.0f, 1.0f) * mostLight;
+    const auto step = static_cast<std::int32_t>(position);
+    values[i] = base[step] + slope[step] * (position - static_cast<float>(step));
   }
 }
 
@@ -64,23 +70,46 @@ __attribute__((target("avx2,fma"))) std::size_t encodeByGathering(const Pieces& 
   return i;
 }
 
+__attribute__((target("avx2,fma"))) std::size_t stepsByGathering(const float* base, const float* slope,
+                                                                 float* values, std::size_t count) {
+  const __m256 black = _mm256_setzero_ps(), white = _mm256_set1_ps(1), most = _mm256_set1_ps(mostLight);
+  std::size_t i = 0;
+  for (; i + 8 <= count; i += 8) {
+    const __m256 light = _mm256_min_ps(_mm256_max_ps(_mm256_loadu_ps(values + i), black), white);
+    const __m256 position = _mm256_mul_ps(light, most);
+    const __m256i step = _mm256_cvttps_epi32(position);
+    const __m256 way = _mm256_sub_ps(position, _mm256_cvtepi32_ps(step));
+    const __m256 start = _mm256_i32gather_ps(base, step, 4), steep = _mm256_i32gather_ps(slope, step, 4);
+    _mm256_storeu_ps(values + i, _mm256_fmadd_ps(steep, way, start));
+  }
+  return i;
+}
+
 bool canGather() {
   static const bool can = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
   return can;
 }
 #else
 std::size_t encodeByGathering(const Pieces&, float*, std::size_t) { return 0; }
+std::size_t stepsByGathering(const float*, const float*, float*, std::size_t) { return 0; }
 bool canGather() { return false; }
 #endif
 
 }  // namespace
 
-EncodeTable::EncodeTable(const ToneCurve& curve)
-    : shift_(mantissaBits - (curve.table.empty() ? formulaPieces : tablePieces)),
-      firstPiece_(pieceOf(static_cast<float>(darkest(curve)), shift_)),
-      lastPiece_(pieceOf(1.0f, shift_) - firstPiece_),
-      toeEnd_(static_cast<float>(curve.toeEnd())),
-      toeSlope_(curve.c > 0 ? static_cast<float>(1 / curve.c) : 0) {
+EncodeTable::EncodeTable(const ToneCurve& curve) : stored_(!curve.table.empty()) {
+  if (stored_)
+    addTable(curve.table);
+  else
+    addFormula(curve);
+}
+
+void EncodeTable::addFormula(const ToneCurve& curve) {
+  shift_ = mantissaBits - formulaPieces;
+  firstPiece_ = pieceOf(static_cast<float>(darkest(curve)), shift_);
+  lastPiece_ = pieceOf(1.0f, shift_) - firstPiece_;
+  toeEnd_ = static_cast<float>(curve.toeEnd());
+  toeSlope_ = curve.c > 0 ? static_cast<float>(1 / curve.c) : 0;
   const auto count = static_cast<std::size_t>(lastPiece_) + 1;
   base_.reserve(count);
   slope_.reserve(count);
@@ -95,17 +124,41 @@ EncodeTable::EncodeTable(const ToneCurve& curve)
   }
 }
 
+/// Where several entries hold one light, the last of them stands for it.
+void EncodeTable::addTable(const std::vector<double>& table) {
+  const double last = static_cast<double>(table.size() - 1);
+  const auto wordAt = [&](std::size_t i) { return std::lround(table[i] * mostLight); };
+  base_.assign(mostLight + 1, 1.0f);
+  slope_.assign(mostLight + 1, 0.0f);
+  for (std::size_t i = 0; i + 1 < table.size(); ++i) {
+    const long from = wordAt(i), to = wordAt(i + 1);
+    for (long light = from; light < to; ++light) {
+      const double part = static_cast<double>(light - from) / static_cast<double>(to - from);
+      base_[static_cast<std::size_t>(light)] = static_cast<float>((static_cast<double>(i) + part) / last);
+      slope_[static_cast<std::size_t>(light)] = static_cast<float>(1 / last / static_cast<double>(to - from));
+    }
+  }
+  const auto darkestLight = static_cast<std::ptrdiff_t>(wordAt(0));
+  std::fill(base_.begin(), base_.begin() + darkestLight, base_[static_cast<std::size_t>(darkestLight)]);
+}
+
 EncodeTable::Pieces EncodeTable::pieces() const {
   return {base_.data(), slope_.data(), shift_, firstPiece_, lastPiece_, toeEnd_, toeSlope_};
 }
 
 void EncodeTable::run(float* values, std::size_t count) const {
-  const std::size_t done = canGather() ? encodeByGathering(pieces(), values, count) : 0;
-  encodePlainly(pieces(), values + done, count - done);
+  std::size_t done = 0;
+  if (canGather())
+    done = stored_ ? stepsByGathering(base_.data(), slope_.data(), values, count)
+                   : encodeByGathering(pieces(), values, count);
+  runPlainly(values + done, count - done);
 }
 
 void EncodeTable::runPlainly(float* values, std::size_t count) const {
-  encodePlainly(pieces(), values, count);
+  if (stored_)
+    encodeSteps(base_.data(), slope_.data(), values, count);
+  else
+    encodePlainly(pieces(), values, count);
 }
 
 }  // namespace ostra

@@ -56,7 +56,7 @@ bool headerIsSound(ByteView bytes) {
   const std::uint32_t size = iccUInt32(bytes, 0);
   if (size < tagTable || size > bytes.size()) return false;
   const int version = bytes[8];
-  return iccUInt32(bytes, 36) == iccSignature("acsp") && (version == 2 || version == 4) &&
+  return iccUInt32(bytes, 36) == iccSignature("acsp") && version >= 2 && version <= 4 &&
          describesSpace(iccUInt32(bytes, 12)) && deviceSpace(iccUInt32(bytes, 16)) != nullptr;
 }
 

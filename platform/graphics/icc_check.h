@@ -24,11 +24,13 @@ double iccFixed(ByteView bytes, std::size_t offset);
 /// bytes.
 class CheckedProfile {
  public:
-  /// Nothing unless the size field is covered by the bytes, the file signature stands, the version is 2 or 4,
+  /// Nothing unless the size field is covered by the bytes, the file signature stands, the version is 2 to 4,
   /// the class is one that describes a device or a space (whose components we know), and the tag table and
   /// all tags lie inside the profile.
   static std::optional<CheckedProfile> of(ByteView bytes);
 
+  /// As many as its header counts: what follows them is no part of the profile.
+  ByteView bytes() const { return bytes_; }
   bool has(std::uint32_t signature) const { return !tag(signature).empty(); }
   /// A tag's bytes, its type signature first; at least 8, or empty when there is no such tag.
   ByteView tag(std::uint32_t signature) const;

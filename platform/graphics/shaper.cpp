@@ -15,8 +15,8 @@ constexpr std::uint32_t tableTags[] = {
 };
 
 bool isCurvesAlone(const CheckedProfile& profile) {
-  return profile.connectionSpace() == iccSignature("XYZ ") &&
-         std::none_of(std::begin(tableTags), std::end(tableTags), [&](auto tag) { return profile.has(tag); });
+  return std::none_of(std::begin(tableTags), std::end(tableTags),
+                      [&](std::uint32_t tag) { return profile.has(tag); });
 }
 
 bool readColumn(Matrix3& matrix, std::size_t column, ByteView tag) {
@@ -25,8 +25,24 @@ bool readColumn(Matrix3& matrix, std::size_t column, ByteView tag) {
   return true;
 }
 
-std::optional<Shaper> grayShaper(const CheckedProfile& profile) {
+/// Light of CIE lightness, both from 0 to 1.
+ToneCurve lightnessCurve() {
+  ToneCurve curve;
+  curve.g = 3, curve.a = 100.0 / 116, curve.b = 16.0 / 116;
+  curve.c = 100 * 27.0 / 24389, curve.d = 0.08;
+  return curve;
+}
+
+/// Gray that connects through Lab holds lightness; where its own curve bends that, the colour library has it.
+std::optional<ToneCurve> grayCurve(const CheckedProfile& profile) {
   auto curve = ToneCurve::ofTag(profile.tag(iccSignature("kTRC")));
+  if (profile.connectionSpace() == iccSignature("XYZ ")) return curve;
+  const bool straight = curve && *curve == ToneCurve{};
+  return straight ? std::optional(lightnessCurve()) : std::nullopt;
+}
+
+std::optional<Shaper> grayShaper(const CheckedProfile& profile) {
+  auto curve = grayCurve(profile);
   if (!curve) return std::nullopt;
   Shaper shaper;
   shaper.components = 1;
@@ -36,6 +52,7 @@ std::optional<Shaper> grayShaper(const CheckedProfile& profile) {
 }
 
 std::optional<Shaper> rgbShaper(const CheckedProfile& profile) {
+  if (profile.connectionSpace() != iccSignature("XYZ ")) return std::nullopt;
   constexpr std::uint32_t curveTags[] = {iccSignature("rTRC"), iccSignature("gTRC"), iccSignature("bTRC")};
   constexpr std::uint32_t columnTags[] = {iccSignature("rXYZ"), iccSignature("gXYZ"), iccSignature("bXYZ")};
   Shaper shaper;

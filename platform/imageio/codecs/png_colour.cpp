@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string>
 
+#include "platform/graphics/code_points.h"
 #include "platform/imageio/codecs/big_endian.h"
 #include "platform/imageio/codecs/inflate.h"
+#include "platform/imageio/profile_space.h"
 
 namespace ostra {
 namespace {
@@ -36,40 +37,32 @@ ColourChunks findColourChunks(ByteView file) {
   return found;
 }
 
-// ITU-T H.273: primaries and transfer function of full-range RGB.
-std::optional<ProfileRecord> fromCodePoints(ByteView chunk) {
-  if (chunk.empty() || chunk[2] != 0 || chunk[3] != 1) return std::nullopt;
-  struct Row {
-    int primaries, transfer;
-    std::string_view space;
-  };
-  constexpr std::array kRows = {
-      Row{1, 13, kCGColorSpaceSRGB},       Row{1, 8, kCGColorSpaceLinearSRGB},
-      Row{12, 13, kCGColorSpaceDisplayP3}, Row{9, 1, kCGColorSpaceITUR_2020},
-      Row{9, 14, kCGColorSpaceITUR_2020},  Row{9, 15, kCGColorSpaceITUR_2020},
-  };
-  const auto row = std::find_if(kRows.begin(), kRows.end(), [&](const Row& r) {
-    return r.primaries == chunk[0] && r.transfer == chunk[1];
-  });
-  if (row == kRows.end()) return std::nullopt;
-  return NamedSpace{std::string(row->space)};
+// Primaries, transfer function, the matrix 0 and the full range: PNG has no other.
+ProfileRecord fromCodePoints(ByteView chunk, CGColorSpaceModel model) {
+  if (chunk.empty() || chunk[2] != 0 || chunk[3] != 1) return Untagged{};
+  return profileOfSpace(spaceOfCodePoints(chunk[0], chunk[1], model));
 }
 
 // A name, a NUL, the method 0, a compressed profile.
-std::optional<ProfileRecord> fromProfile(ByteView chunk, std::size_t limit) {
+ProfileRecord fromProfile(ByteView chunk, std::size_t limit) {
   const auto nameEnd = std::find(chunk.begin(), chunk.end(), 0);
   const auto position = static_cast<std::size_t>(nameEnd - chunk.begin());
-  if (chunk.size() < position + 2 || chunk[position + 1] != 0) return std::nullopt;
+  if (chunk.size() < position + 2 || chunk[position + 1] != 0) return Untagged{};
   auto profile = inflateAll(chunk.subspan(position + 2), limit);
-  if (!profile) return std::nullopt;
+  if (!profile) return Untagged{};
   return IccProfile{std::move(*profile)};
+}
+
+ProfileRecord fromMark(ByteView srgb) {
+  if (srgb.empty()) return Untagged{};
+  return NamedSpace{std::string(kCGColorSpaceSRGB)};
 }
 
 // The number in the chunk is the exponent from light to stored value, in 1/100000. Chromaticities alone say
 // nothing about the curve, so they do not count; gamma alone means sRGB's primaries.
-std::optional<ProfileRecord> fromGamma(ByteView gama, ByteView chrm, bool gray) {
+ProfileRecord fromGamma(ByteView gama, ByteView chrm, bool gray) {
   const std::uint32_t exponent = gama.empty() ? 0 : bigEndian32(gama, 0);
-  if (exponent == 0) return std::nullopt;
+  if (exponent == 0) return Untagged{};
   Calibrated space{kWhiteD65, kPrimariesSRGB, 100000.0 / exponent};
   if (!chrm.empty()) {
     const auto number = [&](std::size_t i) { return bigEndian32(chrm, 4 * i) / 100000.0; };
@@ -84,10 +77,16 @@ std::optional<ProfileRecord> fromGamma(ByteView gama, ByteView chrm, bool gray) 
 
 ProfileRecord readPngColour(ByteView file, const PngHeader& header, const Limits& limits) {
   const ColourChunks chunks = findColourChunks(file);
-  if (auto named = fromCodePoints(chunks.cicp); named && !header.isGray()) return *named;
-  if (auto profile = fromProfile(chunks.iccp, limits.profileBytes)) return std::move(*profile);
-  if (!chunks.srgb.empty()) return NamedSpace{std::string(kCGColorSpaceSRGB)};
-  return fromGamma(chunks.gama, chunks.chrm, header.isGray()).value_or(Untagged{});
+  const bool gray = header.isGray();
+  const auto fits = [&](const ProfileRecord& record) {
+    return statedSpace(record, header.model()) != nullptr;
+  };
+  ProfileRecord profile = fromProfile(chunks.iccp, limits.profileBytes);
+  if (std::holds_alternative<IccProfile>(profile)) return fits(profile) ? profile : Untagged{};
+  for (auto record : {fromCodePoints(chunks.cicp, header.model()), fromMark(chunks.srgb),
+                      fromGamma(chunks.gama, chunks.chrm, gray), fromGamma(chunks.gama, {}, gray)})
+    if (fits(record)) return record;
+  return Untagged{};
 }
 
 }  // namespace ostra

@@ -4,9 +4,10 @@
 
 namespace ostra {
 
-/// What the chunks before the pixels say the colours mean. Of several, as the standard orders them: code
-/// points (cICP) where they are those of a named space, a profile (iCCP), the sRGB mark, then gamma with or
-/// without chromaticities. A chunk whose checksum is wrong does not count.
+/// What the chunks before the pixels say the colours mean. Of several: a profile (iCCP), code points (cICP),
+/// the sRGB mark, gamma with chromaticities, gamma alone. A profile that these pixels cannot have makes the
+/// picture untagged; any other mark that they cannot have, and every chunk that is damaged, leaves it to the
+/// next.
 ProfileRecord readPngColour(ByteView file, const PngHeader& header, const Limits& limits);
 
 }  // namespace ostra

@@ -188,6 +188,9 @@ std::vector<double> convertByLibrary(ByteView from, ByteView to, const std::vect
   if (transform == nullptr) throw std::runtime_error("the library makes no transform");
   std::vector<double> in = values;
   for (double& value : in) value *= source.scale;
+  // Lab of bytes and words: 0 to 100, and -128 to 127.
+  if (cmsGetColorSpace(source.profile) == cmsSigLabData)
+    for (std::size_t i = 0; i < in.size(); ++i) in[i] = i % 3 == 0 ? 100 * in[i] : 255 * in[i] - 128;
   const std::size_t pixels = values.size() / source.components;
   std::vector<double> out(pixels * destination.components);
   cmsDoTransform(transform, in.data(), out.data(), static_cast<cmsUInt32Number>(pixels));

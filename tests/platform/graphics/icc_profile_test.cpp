@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -99,11 +100,29 @@ TEST(ICCProfile, IsRefusedWhenItsHeaderIsNotSound) {
   EXPECT_FALSE(isAccepted(withNumber(profile, 0, size + 1)));
   EXPECT_FALSE(isAccepted(withNumber(profile, 0, 0)));
   EXPECT_FALSE(isAccepted(withNumber(profile, 0, 0xFFFFFFFF)));
-  for (const int version : {0, 1, 3, 5, 9}) {
+  for (const int version : {0, 1, 5, 9}) {
     Bytes other = profile;
     other[8] = static_cast<std::uint8_t>(version);
     EXPECT_FALSE(isAccepted(other)) << version;
   }
+  for (const int version : {2, 3, 4}) {
+    Bytes other = profile;
+    other[8] = static_cast<std::uint8_t>(version);
+    EXPECT_TRUE(isAccepted(other)) << version;
+  }
+}
+
+// Readers of PNG take a profile with more bytes than it counts for a broken one.
+TEST(ICCProfile, EndsWhereItsHeaderSays) {
+  const Bytes profile = gammaProfile(1.9, 2.1);
+  Bytes longer = profile;
+  longer.insert(longer.end(), 100, 0x5A);
+  const auto space = CGColorSpace::createWithICCData(longer);
+  ASSERT_NE(space, nullptr);
+  EXPECT_TRUE(std::ranges::equal(space->iccData(), profile));
+  Bytes named = copyOf(kCGColorSpaceDisplayP3);
+  named.push_back(0);
+  EXPECT_EQ(CGColorSpace::createWithICCData(named)->name(), kCGColorSpaceDisplayP3);
 }
 
 TEST(ICCProfile, IsRefusedWhenItsTagsLieOutside) {

@@ -92,11 +92,56 @@ TEST_F(PngColour, OfGammaAndChromaticitiesIsBoth) {
   EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(rgb_, {pngChunk("cHRM", numbers)}))) << "no curve";
 }
 
-TEST_F(PngColour, OfCodePointsHoldsOverEverything) {
-  const Bytes p3 = pngChunk("cICP", Bytes{12, 13, 0, 1});
-  EXPECT_EQ(nameIn(recordOf(rgb_, {p3, srgb_})), kCGColorSpaceDisplayP3);
-  const Bytes unknown = pngChunk("cICP", Bytes{99, 13, 0, 1});
-  EXPECT_EQ(nameIn(recordOf(rgb_, {unknown, srgb_})), kCGColorSpaceSRGB);
+Bytes codePoints(std::uint8_t primaries, std::uint8_t transfer, std::uint8_t matrix = 0,
+                 std::uint8_t fullRange = 1) {
+  return pngChunk("cICP", Bytes{primaries, transfer, matrix, fullRange});
+}
+
+TEST_F(PngColour, OfCodePointsHoldsOverTheSRgbMarkAndUnderAProfile) {
+  const Bytes p3 = codePoints(12, 13), adobe = iccChunk(profileOf(kCGColorSpaceAdobeRGB1998));
+  EXPECT_EQ(nameIn(recordOf(rgb_, {p3, srgb_, gamma_})), kCGColorSpaceDisplayP3);
+  const auto record = recordOf(rgb_, {p3, srgb_, gamma_, adobe});
+  EXPECT_EQ(statedSpace(record, CGColorSpaceModel::rgb)->name(), kCGColorSpaceAdobeRGB1998);
+}
+
+TEST_F(PngColour, OfCodePointsThatNoSpaceSaysIsTheNextMark) {
+  constexpr std::uint8_t kPerceptualQuantiser = 16, kHybridLog = 18;
+  for (const Bytes& unknown : {codePoints(99, 13), codePoints(9, kPerceptualQuantiser),
+                               codePoints(9, kHybridLog), codePoints(12, 13, 1), codePoints(12, 13, 0, 0)})
+    EXPECT_EQ(nameIn(recordOf(rgb_, {unknown, srgb_})), kCGColorSpaceSRGB);
+  EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(rgb_, {codePoints(9, kPerceptualQuantiser)})));
+}
+
+TEST_F(PngColour, OfCodePointsOnGrayIsTheirCurve) {
+  const auto spaceOf = [&](std::uint8_t transfer) {
+    return statedSpace(recordOf(gray_, {codePoints(12, transfer)}), CGColorSpaceModel::monochrome);
+  };
+  ASSERT_NE(spaceOf(13), nullptr);
+  EXPECT_EQ(spaceOf(13)->name(), kCGColorSpaceGenericGrayGamma2_2);
+  ASSERT_NE(spaceOf(8), nullptr);
+  EXPECT_FALSE(spaceOf(8)->name());
+}
+
+TEST_F(PngColour, OfAProfileThatThePixelsCannotHaveIsNone) {
+  const Bytes gray = iccChunk(profileOf(kCGColorSpaceGenericGrayGamma2_2)),
+              colour = iccChunk(profileOf(kCGColorSpaceDisplayP3)), noProfile = iccChunk(Bytes(200, 7));
+  for (const auto& marks : {std::vector<Bytes>{gray}, {noProfile}, {gray, gamma_}, {gray, srgb_}})
+    EXPECT_TRUE(std::holds_alternative<Untagged>(
+        recordOf(rgb_, {marks.front(), marks.size() > 1 ? marks[1] : Bytes()})));
+  EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(gray_, {colour})));
+}
+
+TEST_F(PngColour, OfImpossibleChromaticitiesIsTheGammaAlone) {
+  const auto record = recordOf(rgb_, {gammaChunk(1, 0x86, 0xA0), pngChunk("cHRM", Bytes(32, 0))});
+  ASSERT_TRUE(std::holds_alternative<Calibrated>(record));
+  EXPECT_NEAR(std::get<Calibrated>(record).white[0], 0.3127, 1e-9);
+}
+
+TEST_F(PngColour, WithAWrongChecksumDoesNotCount) {
+  for (Bytes chunk : {codePoints(12, 13), gamma_, srgb_, iccChunk(profileOf(kCGColorSpaceDisplayP3))}) {
+    chunk.back() ^= 1;
+    EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(rgb_, {chunk})));
+  }
 }
 
 TEST_F(PngColour, OfADamagedProfileFallsBackToTheNextMark) {

@@ -144,6 +144,53 @@ TEST_F(PngTransparency, OfAColourBecomesAlpha) {
   expectSamePixels(file, colour);
 }
 
+TEST_F(PngTransparency, IsReadAtEveryDepth) {
+  for (const bool interlaced : {false, true}) {
+    for (const int bits : {1, 2, 4, 8}) expectSamePixels(pngOf({kPalette, bits, interlaced}), {0, 128});
+    for (const auto& [type, bits] :
+         {std::pair{kGray, 1}, {kGray, 2}, {kGray, 4}, {kGray, 8}, {kGray, 16}, {kRgb, 8}, {kRgb, 16}}) {
+      const Bytes file = pngOf({type, bits, interlaced});
+      const auto first = asRgba16(decoded(file));
+      Bytes level;  // of the first pixel, as many bits as the file stores
+      for (int c = 0; c < (type == kGray ? 1 : 3); ++c) {
+        const int stored = first[static_cast<std::size_t>(c)] >> (16 - bits);
+        level.insert(level.end(),
+                     {static_cast<std::uint8_t>(stored >> 8), static_cast<std::uint8_t>(stored)});
+      }
+      expectSamePixels(file, level);
+    }
+  }
+}
+
+TEST_F(PngTransparency, OfAPictureWithAnAlphaChannelMeansNothing) {
+  const Bytes file = pngOf({kRgba, 8, false});
+  EXPECT_EQ(asRgba16(decoded(withPngChunk(file, pngChunk("tRNS", Bytes(6, 0))))), asRgba16(decoded(file)));
+}
+
+// Samples are stored in their whole range whatever the chunk says of their source.
+TEST(PngSignificantBits, ChangeNoSample) {
+  OSTRA_NEEDS_PROGRAM("convert");
+  const Bytes deep = pngOf({kRgb, 16, false}), gray = pngOf({kGray, 8, false});
+  EXPECT_EQ(asRgba16(decoded(withPngChunk(deep, pngChunk("sBIT", Bytes{5, 6, 5})))), asRgba16(decoded(deep)));
+  EXPECT_EQ(asRgba16(decoded(withPngChunk(gray, pngChunk("sBIT", Bytes{3})))), asRgba16(decoded(gray)));
+}
+
+// Claimed or not: a frame beyond the count is one that a rewrite would lose.
+TEST(PngAnimation, CountsTheFramesThatLieInTheFile) {
+  OSTRA_NEEDS_PROGRAM("convert");
+  const Bytes still = pngOf({kRgb, 8, false});
+  const auto countOf = [](const Bytes& file) {
+    return std::get<std::unique_ptr<Reader>>(openBytes(file))->opened().count;
+  };
+  const Bytes one = pngChunk("acTL", Bytes{0, 0, 0, 1, 0, 0, 0, 0}), frame = pngChunk("fcTL", Bytes(26, 0));
+  EXPECT_EQ(countOf(withPngChunk(still, joined({one, frame}))), 1u);
+  EXPECT_EQ(countOf(withPngChunk(still, joined({one, frame, frame, frame}))), 3u);
+  EXPECT_EQ(countOf(withPngChunk(still, joined({frame, frame}))), 1u) << "no animation without its control";
+  Bytes wrong = one;
+  wrong[11] = 9;
+  EXPECT_EQ(countOf(withPngChunk(still, wrong)), 1u) << "a wrong checksum";
+}
+
 TEST(PngAnimation, CountsTheFramesThatItsControlClaims) {
   OSTRA_NEEDS_PROGRAM("convert");
   const Bytes still = pngOf({kRgb, 8, false});

@@ -1,25 +1,12 @@
-#include <new>
-#include <stdexcept>
 #include <utility>
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codec_door.h"
 #include "platform/imageio/file_contents.h"
+#include "platform/imageio/within_memory.h"
 
 namespace ostra {
 namespace {
-
-// A file whose numbers ask for more memory than there is fails alone.
-template <class Call>
-auto withinMemory(Call call) -> decltype(call()) {
-  try {
-    return call();
-  } catch (const std::bad_alloc&) {
-    return Fault{FaultKind::limit, LimitName::decodedBytes};
-  } catch (const std::length_error&) {
-    return Fault{FaultKind::limit, LimitName::decodedBytes};
-  }
-}
 
 class InProcessReader : public Reader {
  public:

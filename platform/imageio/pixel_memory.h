@@ -7,6 +7,17 @@
 
 namespace ostra {
 
+/// Where the memory of pixels comes from. Replaceable through `Service<PixelStore>`.
+class PixelStore {
+ public:
+  virtual ~PixelStore() = default;
+  /// So many zeroed bytes, or null.
+  virtual std::shared_ptr<std::uint8_t[]> allocate(std::size_t size) = 0;
+
+  /// The memory of this process.
+  static PixelStore& standard();
+};
+
 /// Memory for the pixels of one picture. It comes zeroed from the system, so that a decoder that skips a byte
 /// shows nobody's old memory, and without a pass over it. Throws `std::bad_alloc`.
 class PixelMemory {
@@ -18,7 +29,7 @@ class PixelMemory {
   SharedBytes share() &&;
 
  private:
-  std::unique_ptr<std::uint8_t[], void (*)(std::uint8_t*)> bytes_;
+  std::shared_ptr<std::uint8_t[]> bytes_;
   std::size_t size_;
 };
 

@@ -1,0 +1,89 @@
+#include "platform/imageio/decoder/worker.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "platform/foundation/service.h"
+#include "platform/imageio/codec.h"
+#include "platform/imageio/decoder/address_space.h"
+#include "platform/imageio/decoder/channel.h"
+#include "platform/imageio/decoder/messages.h"
+#include "platform/imageio/decoder/shared_pixels.h"
+#include "platform/imageio/within_memory.h"
+
+namespace ostra {
+namespace {
+
+constexpr int kNotConfined = 2;
+constexpr int kParentGone = 3;
+
+/// The file, mapped. When somebody shortens it meanwhile, this process ends and no other.
+FileBytes mapInput(std::uint64_t size) {
+  if (size == 0) return {};
+  void* memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, kInputDescriptor, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return {static_cast<const std::uint8_t*>(memory), size};
+}
+
+Answer<std::unique_ptr<CodecReader>> openInput(const DecoderTask& task) {
+  const FileBytes file = mapInput(task.fileSize);
+  const Codec* codec = codecForBytes(file.first(std::min(file.size(), kSignatureBytes)));
+  if (codec == nullptr) return Fault{FaultKind::notImage};
+  return codec->open(file, task.limits);
+}
+
+Answer<DecodedPixels> decode(CodecReader& reader, std::uint32_t index, const Limits& limits,
+                             const SharedPixels& memory) {
+  auto answer = reader.decode(index, limits);
+  if (const auto* fault = std::get_if<Fault>(&answer)) return *fault;
+  auto& pixels = std::get<Pixels>(answer);
+  const auto offset = memory.offsetOf(pixels.bytes.view);
+  if (!offset) return Fault{FaultKind::crashed};
+  return DecodedPixels{pixels.layout, std::move(pixels.profile), *offset, pixels.bytes.view.size()};
+}
+
+void tell(const Channel& parent, const Bytes& message) {
+  if (!parent.send(message)) _exit(kParentGone);
+}
+
+std::uint32_t askedIndex(const Channel& parent) {
+  std::uint32_t index = 0;
+  const Channel::Received received = parent.receive(sizeof index);
+  if (received.silence != Channel::Silence::none || received.message.size() != sizeof index) _exit(kServed);
+  std::memcpy(&index, received.message.data(), sizeof index);
+  return index;
+}
+
+}  // namespace
+
+void serveFile(const DecoderTask& task, const Confinement& confinement) {
+  // Each arena of the allocator takes its share of the address space.
+  mallopt(M_ARENA_MAX, 2);
+  limitOpening(task.fileSize);
+  if (!confinement.apply()) _exit(kNotConfined);
+
+  SharedPixels memory(kPixelsDescriptor);
+  const Service<PixelStore>::Override pixelsAreShared(memory);
+  const Channel parent((UniqueFd(kChannelDescriptor)));
+
+  auto opening = withinMemory([&] { return openInput(task); });
+  if (const auto* fault = std::get_if<Fault>(&opening)) {
+    tell(parent, messageOf(Answer<Opened>(*fault)));
+    _exit(kServed);
+  }
+  CodecReader& reader = *std::get<std::unique_ptr<CodecReader>>(opening);
+  tell(parent, messageOf(Answer<Opened>(reader.opened())));
+
+  const std::uint32_t index = askedIndex(parent);
+  tell(parent, messageOf(withinMemory([&] { return reader.properties(index, task.limits); })));
+  tell(parent, messageOf(withinMemory([&] { return decode(reader, index, task.limits, memory); })));
+  _exit(kServed);
+}
+
+}  // namespace ostra

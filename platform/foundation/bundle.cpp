@@ -22,7 +22,7 @@ std::optional<Value> PropertyListBundle::objectForInfoDictionaryKey(std::string_
 
 Dictionary readBundleInfo(const URL& bundle) {
   const URL list = bundle.appendingPathComponent("Info.plist");
-  const Bytes bytes = readSmallFile(list);
+  const Bytes bytes = readSmallFile(list, kLargestPropertyList);
   try {
     Value value = readPropertyList(bytes);
     if (auto* info = value.get<Dictionary>()) return std::move(*info);

@@ -12,19 +12,18 @@
 namespace ostra {
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{16} << 20;
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
 }  // namespace
 
-Bytes readSmallFile(const URL& url) {
+Bytes readSmallFile(const URL& url, std::size_t most) {
   const std::string& path = filePath(url, FileAccess::read);
   const UniqueFd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) throw fileError(errno, FileAccess::read, path);
   Bytes bytes;
   for (;;) {
     const std::size_t filled = bytes.size();
-    if (filled > kLargest) throw fileError(EFBIG, FileAccess::read, path);
+    if (filled > most) throw fileError(EFBIG, FileAccess::read, path);
     bytes.resize(filled + kPiece);
     const ssize_t got = read(file.get(), bytes.data() + filled, kPiece);
     bytes.resize(filled + (got > 0 ? static_cast<std::size_t>(got) : 0));

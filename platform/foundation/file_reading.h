@@ -4,8 +4,11 @@
 
 namespace ostra {
 
-/// The whole contents of a small file of ours, such as a property list. Throws `NSError`; larger than 16 MiB
-/// is too large (263).
-Bytes readSmallFile(const URL& url);
+/// The whole contents of a small file, such as a profile. Throws `NSError`; one of more than `most` bytes is
+/// too large (263).
+Bytes readSmallFile(const URL& url, std::size_t most = std::size_t{16} << 20);
+
+/// No property list of ours comes near it; and the library walks lists by recursion, which this bounds.
+inline constexpr std::size_t kLargestPropertyList = std::size_t{256} << 10;
 
 }  // namespace ostra

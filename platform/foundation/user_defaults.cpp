@@ -45,7 +45,7 @@ class PropertyListDefaults : public NSUserDefaults {
     const auto folder = settingsFolder();
     if (!folder) return {};
     try {
-      Value value = readPropertyList(readSmallFile(fileIn(*folder)));
+      Value value = readPropertyList(readSmallFile(fileIn(*folder), kLargestPropertyList));
       auto* settings = value.get<Dictionary>();
       return settings != nullptr ? std::move(*settings) : Dictionary();
     } catch (const NSError&) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <sstream>
 #include <string_view>
 
 #include <sys/stat.h>
@@ -31,6 +32,22 @@ bool makeFolder(const std::string& folder) { return mkdir(folder.c_str(), 0700) 
 std::optional<std::string> settingsFolder() { return programFolder("XDG_CONFIG_HOME", "/.config"); }
 
 std::optional<std::string> cacheFolder() { return programFolder("XDG_CACHE_HOME", "/.cache"); }
+
+std::optional<std::string> userDataFolder() {
+  if (auto folder = folderIn("XDG_DATA_HOME")) return folder;
+  if (auto home = folderIn("HOME")) return home->append("/.local/share");
+  return std::nullopt;
+}
+
+std::vector<std::string> systemDataFolders() {
+  const char* named = std::getenv("XDG_DATA_DIRS");
+  std::istringstream list(named != nullptr && *named != '\0' ? named : "/usr/local/share:/usr/share");
+  std::vector<std::string> folders;
+  for (std::string folder; std::getline(list, folder, ':');) {
+    if (folder.starts_with('/')) folders.push_back(std::move(folder));
+  }
+  return folders;
+}
 
 bool makeFolders(const std::string& folder) {
   for (std::size_t slash = folder.find('/', 1); slash != std::string::npos;

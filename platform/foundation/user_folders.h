@@ -1,6 +1,7 @@
 #pragma once
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ostra {
 
@@ -8,6 +9,11 @@ namespace ostra {
 /// ($XDG_CACHE_HOME or ~/.cache). It need not exist. Nothing when the user has no home.
 std::optional<std::string> settingsFolder();
 std::optional<std::string> cacheFolder();
+
+/// The folder of the user's own shared data ($XDG_DATA_HOME or ~/.local/share), and those of the system's in
+/// their order ($XDG_DATA_DIRS or /usr/local/share and /usr/share). They need not exist.
+std::optional<std::string> userDataFolder();
+std::vector<std::string> systemDataFolders();
 
 /// Makes the folder and the missing ones above it, for nobody else to see. False when that failed.
 bool makeFolders(const std::string& folder);

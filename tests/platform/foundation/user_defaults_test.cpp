@@ -8,6 +8,7 @@
 
 #include "platform/foundation/property_list.h"
 #include "platform/foundation/service.h"
+#include "tests/support/child.h"
 #include "tests/support/temporary_folder.h"
 
 namespace ostra {
@@ -53,6 +54,57 @@ TEST_F(UserDefaults, ThatCannotBeReadCountAsAbsentAndAreWrittenAnew) {
   EXPECT_EQ(profile(), std::nullopt);
   setProfile("b");
   EXPECT_EQ(profile(), "b");
+}
+
+TEST_F(UserDefaults, OfAnEnormousFileCountAsAbsentAndAreWrittenAnew) {
+  setProfile("a");
+  test::writeFile(file(), std::string(5 << 20, ' ') + "<plist><dict/></plist>");
+  EXPECT_EQ(profile(), std::nullopt);
+  setProfile("b");
+  EXPECT_EQ(profile(), "b");
+}
+
+// The library walks a list by recursion, and a stack has an end.
+TEST_F(UserDefaults, NestedWithoutEndCountAsAbsent) {
+  setProfile("a");
+  for (const std::size_t depth : {100u, 10'000u, 1'000'000u}) {
+    std::string list = "<plist version=\"1.0\">";
+    for (std::size_t i = 0; i < depth; ++i) list += "<array>";
+    test::writeFile(file(), list);
+    EXPECT_EQ(profile(), std::nullopt);
+    for (std::size_t i = 0; i < depth; ++i) list += "</array>";
+    test::writeFile(file(), list + "</plist>");
+    EXPECT_EQ(profile(), std::nullopt);
+  }
+}
+
+TEST_F(UserDefaults, ThatArePipesOrFoldersCountAsAbsent) {
+  setProfile("a");
+  std::filesystem::remove(file());
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  EXPECT_EQ(profile(), std::nullopt);
+  setProfile("b");
+  EXPECT_EQ(profile(), "b");
+  std::filesystem::remove(file());
+  std::filesystem::create_directory(file());
+  EXPECT_EQ(profile(), std::nullopt);
+  setProfile("c");
+  EXPECT_EQ(profile(), std::nullopt);
+}
+
+TEST_F(UserDefaults, ThatTheUserMayNotReadOrWriteCountAsAbsent) {
+  setProfile("a");
+  const std::string folder = folder_.path("config/deep/ostra");
+  chmod(file().c_str(), 0);
+  for (const char* each : {"", "config", "config/deep", "config/deep/ostra"})
+    chmod(folder_.path(each).c_str(), 0755);
+  EXPECT_EQ(test::runInChildAsOrdinaryUser([] {
+              EXPECT_EQ(profile(), std::nullopt);
+              setProfile("b");
+            }),
+            0);
+  chmod(file().c_str(), 0600);
+  EXPECT_EQ(profile(), "a");
 }
 
 TEST_F(UserDefaults, OfAnotherKindCountAsAbsent) {

@@ -6,18 +6,6 @@
 #include "front/kind.h"
 
 namespace ostra {
-namespace {
-
-/// Whatever else the host put among the items is skipped without a word.
-std::vector<std::shared_ptr<NSExtensionItem>> extensionItems(const NSExtensionContext& context) {
-  std::vector<std::shared_ptr<NSExtensionItem>> items;
-  for (const std::shared_ptr<NSObject>& object : context.inputItems()) {
-    if (auto item = std::dynamic_pointer_cast<NSExtensionItem>(object)) items.push_back(std::move(item));
-  }
-  return items;
-}
-
-}  // namespace
 
 void OstraQuickActionRequestHandler::beginRequestWithExtensionContext(
     std::shared_ptr<NSExtensionContext> context) {
@@ -33,6 +21,14 @@ void OstraQuickActionRequestHandler::beginRequestWithExtensionContext(
   engine->run(std::move(providers), [context, kind = *kind](const auto& /*outcomes*/, const auto& failures) {
     reportBatch(*context, failures, displayTitle(kind) + " could not convert every image");
   });
+}
+
+std::vector<std::shared_ptr<NSExtensionItem>> extensionItems(const NSExtensionContext& context) {
+  std::vector<std::shared_ptr<NSExtensionItem>> items;
+  for (const std::shared_ptr<NSObject>& object : context.inputItems()) {
+    if (auto item = std::dynamic_pointer_cast<NSExtensionItem>(object)) items.push_back(std::move(item));
+  }
+  return items;
 }
 
 std::vector<std::shared_ptr<NSItemProvider>> collectProviders(

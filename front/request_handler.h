@@ -14,6 +14,9 @@ class OstraQuickActionRequestHandler : public NSExtensionRequestHandling {
   void beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> context) override;
 };
 
+/// The items of a request, in order. Whatever else the host put among them is skipped without a word.
+std::vector<std::shared_ptr<NSExtensionItem>> extensionItems(const NSExtensionContext& context);
+
 /// The attachments of all items, flattened in order.
 std::vector<std::shared_ptr<NSItemProvider>> collectProviders(
     const std::vector<std::shared_ptr<NSExtensionItem>>& items);

@@ -10,11 +10,11 @@ struct CGSize {
 };
 
 /// The origin is the lower left corner, y grows upwards.
-struct CGRect {
+struct NSRect {
   double x = 0;
   double y = 0;
   CGSize size;
-  bool operator==(const CGRect&) const = default;
+  bool operator==(const NSRect&) const = default;
 };
 
 }  // namespace ostra

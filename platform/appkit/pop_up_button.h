@@ -21,7 +21,7 @@ struct NSMenuItem {
 /// count among the positions.
 class NSPopUpButton : public NSControl {
  public:
-  NSPopUpButton() : NSControl(CGRect{}) {}
+  NSPopUpButton() : NSControl(NSRect{}) {}
 
   const std::vector<NSMenuItem>& items() const { return items_; }
   /// Nothing is chosen afterwards.

@@ -13,9 +13,9 @@ namespace ostra {
 /// owned by its superview and by whoever else keeps it; made with `std::make_shared`.
 class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
  public:
-  explicit NSView(CGRect frame = {}) : frame_(frame) {}
+  explicit NSView(NSRect frame = {}) : frame_(frame) {}
 
-  const CGRect& frame() const { return frame_; }
+  const NSRect& frame() const { return frame_; }
   void addSubview(const std::shared_ptr<NSView>& view);
   /// Back to front; those of a stack are its arranged views, in order.
   const std::vector<std::shared_ptr<NSView>>& subviews() const { return subviews_; }
@@ -43,7 +43,7 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
  private:
   friend struct NSLayoutConstraint;
 
-  CGRect frame_;
+  NSRect frame_;
   std::vector<std::shared_ptr<NSView>> subviews_;
   std::weak_ptr<NSView> superview_;
   std::vector<NSLayoutConstraint> constraints_;

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "chooser/profile_view_controller.h"
 #include "front/request_handler.h"
 #include "platform/dispatch/main_loop.h"
 #include "tests/doubles/bundle.h"
+#include "tests/doubles/data_reading.h"
 #include "tests/doubles/data_writing.h"
 #include "tests/doubles/extension_context.h"
 #include "tests/doubles/graphics_creation.h"
@@ -10,7 +12,9 @@
 #include "tests/doubles/image_destination.h"
 #include "tests/doubles/image_source.h"
 #include "tests/doubles/item_provider.h"
+#include "tests/doubles/profile_enumeration.h"
 #include "tests/doubles/renderer.h"
+#include "tests/doubles/user_defaults.h"
 #include "tests/replaceable/stand_in.h"
 
 namespace ostra::test {
@@ -64,6 +68,27 @@ TEST_F(OnAnotherPlatform, AFailureIsShownAndCancelsTheRequest) {
             (std::vector<std::string>{"alert", "cancel 1"}));
   EXPECT_EQ(standIn<RecordingRenderer>().alerts.at(0).informativeText,
             "notes.txt: not an image ImageIO can read.");
+}
+
+TEST_F(OnAnotherPlatform, ThePanelOffersRemembersAndConverts) {
+  standIn<RecordingDataReading>().files["/profile"] = {'g', 'r', 'a', 'y'};
+  standIn<ScriptedProfileEnumeration>().add("Paper", "/profile", "GRAY");
+  standIn<RecordingUserDefaults>().settings["OstraQuickActionLastProfile"] = "Paper";
+  const auto format = packedFormat(1, 1, 8, 4, CGImageAlphaInfo::noneSkipLast);
+  standIn<RecordingImageSourceOpening>().files["/a.png"].image =
+      makeImage(format, CGColorSpace::createWithName(kCGColorSpaceSRGB));
+  addFile("/a.png");
+
+  const auto panel = std::make_shared<OstraQuickActionProfileViewController>();
+  panel->beginRequestWithExtensionContext(context_);
+  panel->view();
+  panel->convert();
+  MainLoop::run();
+  const CGImageRef written = standIn<RecordingImageDestinationCreation>().encodings.back().image;
+  EXPECT_EQ(written->colorSpace()->model(), CGColorSpaceModel::monochrome);
+  EXPECT_EQ(standInLog().callsBeginningWith({"write setting", "complete"}),
+            (std::vector<std::string>{"write setting OstraQuickActionLastProfile = Paper",
+                                      "complete with 0 items"}));
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "platform/imageio/limits.h"
 #include "tests/doubles/graphics_creation.h"
 #include "tests/doubles/image_destination.h"
@@ -31,6 +33,11 @@ CGColorSpaceRef CGColorSpace::createWithName(std::string_view name) {
   const bool gray = name == kCGColorSpaceGenericGrayGamma2_2;
   return std::make_shared<const CGColorSpace>(
       std::make_unique<Contents>(Contents{gray ? CGColorSpaceModel::monochrome : CGColorSpaceModel::rgb}));
+}
+/// Of a profile that is only the name of its model.
+CGColorSpaceRef CGColorSpace::createWithICCData(ByteView data) {
+  const bool gray = std::ranges::equal(data, std::string_view("gray"));
+  return createWithName(gray ? kCGColorSpaceGenericGrayGamma2_2 : kCGColorSpaceSRGB);
 }
 GraphicsCreation& GraphicsCreation::standard() { return graphics(); }
 

@@ -1,10 +1,10 @@
 #include "platform/appkit/terminal/save_question.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+
+#include "platform/appkit/save_place.h"
 
 namespace ostra {
 namespace {
@@ -32,38 +32,13 @@ bool isThere(const std::string& path) {
   return fs::exists(fs::symlink_status(path, ignored));
 }
 
-std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-  return text;
-}
-
-bool isAllowed(const std::vector<UTType>& types, const std::string& extension) {
-  return types.empty() || std::any_of(types.begin(), types.end(), [&extension](const UTType& type) {
-           const std::vector<std::string> known = type.filenameExtensions();
-           return std::find(known.begin(), known.end(), lowered(extension)) != known.end();
-         });
-}
-
-/// The first extension that any of the types has, with its dot; empty when none has one.
-std::string preferredExtension(const std::vector<UTType>& types) {
-  for (const UTType& type : types) {
-    const std::vector<std::string> extensions = type.filenameExtensions();
-    if (!extensions.empty()) return "." + extensions.front();
-  }
-  return "";
-}
-
 /// The file that an answer names: in a folder under the proposed name, and of an allowed type, whose
 /// extension is put after a name that has another.
 std::string fileFor(const NSSavePanel& panel, const std::string& answer) {
   fs::path file = answer.empty() ? proposal(panel) : withHome(answer);
   if (isFolder(file) || !file.has_filename()) file /= panel.nameFieldStringValue();
   std::error_code ignored;
-  const std::string path = fs::absolute(file, ignored).string();
-  const URL url = URL::fileURLWithPath(path);
-  return isAllowed(panel.allowedContentTypes(), url.pathExtension())
-             ? path
-             : path + preferredExtension(panel.allowedContentTypes());
+  return placeOfAllowedType(panel, fs::absolute(file, ignored).string());
 }
 
 bool saysYes(const Ask& ask, const std::string& question) {

@@ -1,12 +1,16 @@
 #include "platform/appkit/terminal/terminal_renderer.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "platform/appkit/plain_text.h"
+#include "platform/appkit/terminal/panel_question.h"
 #include "platform/appkit/terminal/save_question.h"
 #include "platform/log/printable.h"
 
@@ -14,6 +18,7 @@ namespace ostra {
 namespace {
 
 constexpr std::size_t kBarWidth = 20;
+constexpr std::size_t kReadableWidth = 80;
 constexpr const char* kClearLine = "\r\033[K";
 
 std::size_t columnsOf(int terminal) {
@@ -40,21 +45,11 @@ std::string barLine(const Progress& progress, std::size_t columns) {
   return std::string(shortened(line, columns - 1));
 }
 
-/// The next line of the terminal; nothing at its end, or when a signal came.
-std::optional<std::string> readLine(int terminal) {
-  std::string line;
-  char c = 0;
-  while (read(terminal, &c, 1) == 1) {
-    if (c == '\n') return line;
-    line += c;
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 TerminalRenderer::TerminalRenderer(const std::string& terminal)
-    : terminal_(open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+    : terminal_(open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC)),
+      withdrawn_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 void TerminalRenderer::beep() { writeText(terminal_.get(), "\a"); }
 
@@ -66,18 +61,42 @@ void TerminalRenderer::run(const NSAlert& alert) {
 SavePanelAnswer TerminalRenderer::run(const NSSavePanel& panel) {
   if (!terminal_) return {};
   clearProgress();
-  std::optional<std::string> line = "";
-  const auto url = askWhereToSave(panel, [this, &line](const std::string& question) {
-    if (!line) return line;  // after the end, or a signal, nothing is asked any more
-    writeText(terminal_.get(), printable(question));
-    line = readLine(terminal_.get());
-    return line;
-  });
-  if (!url) writeText(terminal_.get(), "\n");
+  const auto url = askWhereToSave(panel, asking());
   return url ? SavePanelAnswer{NSModalResponseOK, url} : SavePanelAnswer{};
 }
 
-bool TerminalRenderer::present(const std::shared_ptr<NSViewController>&, const std::string&) { return false; }
+bool TerminalRenderer::present(const std::shared_ptr<NSViewController>& controller,
+                               const std::string& title) {
+  if (!terminal_) return false;
+  clearProgress();
+  askPanel(controller->view(), title, std::min(columnsOf(terminal_.get()), kReadableWidth), asking());
+  return true;
+}
+
+void TerminalRenderer::withdraw() { [[maybe_unused]] const int full = eventfd_write(withdrawn_.get(), 1); }
+
+Ask TerminalRenderer::asking() const {
+  return [this, line = std::optional<std::string>("")](const std::string& question) mutable {
+    if (!line) return line;
+    writeText(terminal_.get(), printable(question));
+    line = readLine();
+    if (!line) writeText(terminal_.get(), "\n");
+    return line;
+  };
+}
+
+/// The next line; nothing at the end of the input, after a withdrawal, or when a signal came.
+std::optional<std::string> TerminalRenderer::readLine() const {
+  pollfd events[] = {{terminal_.get(), POLLIN, 0}, {withdrawn_.get(), POLLIN, 0}};
+  std::string line;
+  for (;;) {
+    if (poll(events, std::size(events), -1) < 0 || events[1].revents != 0) return std::nullopt;
+    char c = 0;
+    if (read(terminal_.get(), &c, 1) != 1) return std::nullopt;
+    if (c == '\n') return line;
+    line += c;
+  }
+}
 
 void TerminalRenderer::progress(const Progress& progress) {
   if (!terminal_) return;

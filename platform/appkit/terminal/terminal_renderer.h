@@ -1,16 +1,17 @@
 #pragma once
-#include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/appkit/renderer.h"
+#include "platform/appkit/terminal/ask.h"
 #include "platform/foundation/unique_fd.h"
 
 namespace ostra {
 
 /// Shows everything as text. Questions and the progress bar go to the controlling terminal, whatever the
 /// standard streams are; failures go to standard error. A question that a signal interrupts counts as
-/// cancelled.
+/// cancelled, and so does the one that stands when it is withdrawn, and every later one.
 class TerminalRenderer : public Renderer {
  public:
   explicit TerminalRenderer(const std::string& terminal = "/dev/tty");
@@ -21,14 +22,19 @@ class TerminalRenderer : public Renderer {
   void run(const NSAlert& alert) override;
   SavePanelAnswer run(const NSSavePanel& panel) override;
   bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override;
-  void withdraw() override {}
+  void withdraw() override;
   /// Draws the bar over itself; takes it away when all is done.
   void progress(const Progress& progress) override;
 
  private:
+  /// Puts questions on the terminal; once no answer came, none is put any more.
+  Ask asking() const;
+  std::optional<std::string> readLine() const;
   void clearProgress();
 
   const UniqueFd terminal_;
+  /// Readable once withdrawn.
+  const UniqueFd withdrawn_;
   bool progressShown_ = false;
 };
 

@@ -1,11 +1,18 @@
 #include "platform/appkit/terminal/terminal_renderer.h"
 
+#include <chrono>
+#include <thread>
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include "platform/appkit/button.h"
+#include "platform/appkit/pop_up_button.h"
+#include "platform/appkit/stack_view.h"
+#include "platform/appkit/text_field.h"
 #include "tests/support/temporary_folder.h"
 
 namespace ostra {
@@ -81,6 +88,73 @@ TEST_F(TerminalTest, AsksNothingMoreAfterTheEndOfTheInput) {
   TerminalRenderer renderer(name_);
   type("\n\x04\ny\n");
   EXPECT_EQ(renderer.run(panelFor(folder.path())).response, NSModalResponseCancel);
+}
+
+/// A controller with one question.
+struct Questioner : NSViewController {
+  void loadView() override {
+    for (const char* title : {"Blue", "Red"})
+      popup->addItem({title, static_cast<int>(popup->items().size()), false});
+    go->setKeyEquivalent(kReturnKey);
+    go->setAction([this] { pressed = "go " + popup->selectedItem()->title; });
+    stop->setKeyEquivalent(kEscapeKey);
+    stop->setAction([this] { pressed = "stop"; });
+    setView(NSStackView::stackViewWithViews({NSTextField::labelWithString("Colour:"), popup, stop, go}));
+  }
+  std::shared_ptr<NSPopUpButton> popup = std::make_shared<NSPopUpButton>();
+  std::shared_ptr<NSButton> go = std::make_shared<NSButton>("Go"), stop = std::make_shared<NSButton>("Stop");
+  std::string pressed;
+};
+
+TEST_F(TerminalTest, PresentsAControllerAsAQuestion) {
+  TerminalRenderer renderer(name_);
+  const auto controller = std::make_shared<Questioner>();
+  type("red\n");
+  EXPECT_TRUE(renderer.present(controller, "Paint"));
+  EXPECT_EQ(controller->pressed, "go Red");
+  EXPECT_EQ(screen(),
+            "Paint\n 1  Blue\n 2  Red\nType a number or the beginning of a name, or q for “Stop”.\n"
+            "Colour [Blue]: ");
+}
+
+TEST_F(TerminalTest, ShowsNoControlCharacterOfAnItem) {
+  TerminalRenderer renderer(name_);
+  const auto controller = std::make_shared<Questioner>();
+  controller->popup->addItem({"a\033[2Jb", 7, false});
+  type("q\n");
+  renderer.present(controller, "Paint");
+  EXPECT_EQ(controller->pressed, "stop");
+  EXPECT_NE(screen().find("a?[2Jb"), std::string::npos);
+}
+
+TEST_F(TerminalTest, EndsAQuestionThatIsWithdrawn) {
+  TerminalRenderer renderer(name_);
+  const auto controller = std::make_shared<Questioner>();
+  std::thread other([&renderer] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    renderer.withdraw();
+  });
+  EXPECT_TRUE(renderer.present(controller, "Paint"));
+  other.join();
+  EXPECT_EQ(controller->pressed, "stop");
+  EXPECT_EQ(renderer.run(panelFor("/nowhere")).response, NSModalResponseCancel);
+}
+
+// The signal may have come between the last look and the question.
+TEST_F(TerminalTest, AsksNothingThatIsWithdrawnAlready) {
+  TerminalRenderer renderer(name_);
+  renderer.withdraw();
+  const auto controller = std::make_shared<Questioner>();
+  type("red\n");
+  renderer.present(controller, "Paint");
+  EXPECT_EQ(controller->pressed, "stop");
+}
+
+TEST(TerminalRenderer, PresentsNothingWithoutATerminal) {
+  TerminalRenderer renderer("/dev/null/nothing");
+  const auto controller = std::make_shared<Questioner>();
+  EXPECT_FALSE(renderer.present(controller, "Paint"));
+  EXPECT_EQ(controller->pressed, "");
 }
 
 TEST(TerminalRenderer, CancelsASavePanelWithoutATerminal) {

@@ -30,3 +30,14 @@ function(ostra_room name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${ROOM_LINKS} PRIVATE ${ROOM_PRIVATE_LINKS})
 endfunction()
+
+# ostra_serves_modules(PROGRAM): modules that the program loads use its own platform objects and main queue, not copies
+# of theirs. So the rooms that they use are in the program whole, and their names, no others, can be found by a module.
+function(ostra_serves_modules program)
+  set_target_properties(${program} PROPERTIES LINK_LIBRARY_OVERRIDE
+    "WHOLE_ARCHIVE,ostra_appkit,ostra_dispatch,ostra_foundation,ostra_log,ostra_types")
+  foreach(kind _ZN _ZNK _ZTIN _ZTSN _ZTVN)
+    target_link_options(${program} PRIVATE "LINKER:--export-dynamic-symbol=${kind}5ostra*")
+  endforeach()
+  add_dependencies(${program} ostra_gtk4)
+endfunction()

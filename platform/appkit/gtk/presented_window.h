@@ -1,0 +1,34 @@
+#pragma once
+#include <memory>
+#include <string>
+
+#include "platform/appkit/gtk/view_tree.h"
+#include "platform/appkit/view_controller.h"
+
+namespace ostra::gtk {
+
+/// The window of a controller's view, shown from the start.
+class PresentedWindow {
+ public:
+  PresentedWindow(std::shared_ptr<NSViewController> controller, const std::string& title);
+  ~PresentedWindow();
+  PresentedWindow(const PresentedWindow&) = delete;
+  PresentedWindow& operator=(const PresentedWindow&) = delete;
+
+  GtkWindow* window() const { return window_.get(); }
+  bool isVisible() const;
+  void hide();
+
+ private:
+  void setSize() const;
+  void setKeys();
+  /// True when a button has the key and takes it.
+  bool press(guint key, GdkModifierType modifiers) const;
+  void close();
+
+  const std::shared_ptr<NSViewController> controller_;
+  const ViewTree views_;
+  ObjectRef<GtkWindow> window_;
+};
+
+}  // namespace ostra::gtk

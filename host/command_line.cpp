@@ -77,10 +77,9 @@ UserInterfaceChoice userInterfaceNamed(const std::string& name) {
 
 void refuseWhatIsNotThereYet(const Parsed& parsed) {
   const std::string word = !parsed.bundle && !parsed.words.empty() ? parsed.words.front() : "";
-  if (word == "profiles" || word == "formats" || word == "integrate") {
+  if (word == "formats" || word == "integrate") {
     throw UsageError("This version does not have the command “" + word + "” yet.");
   }
-  if (parsed.profile) throw UsageError("This version does not have the profile conversion yet.");
 }
 
 CommandLine conversion(const Parsed& parsed) {
@@ -88,6 +87,7 @@ CommandLine conversion(const Parsed& parsed) {
   line.bundle = parsed.bundle;
   line.files = parsed.words;
   line.filesFrom = parsed.filesFrom;
+  line.profile = parsed.profile;
   line.userInterface = userInterfaceNamed(parsed.userInterface);
   line.verbose = parsed.verbose;
   if (line.bundle) return line;
@@ -103,6 +103,13 @@ CommandLine commandOnly(CommandLine::Command command) {
   return line;
 }
 
+/// The command that a word in the action's place stands for, if it is none.
+std::optional<CommandLine::Command> listingNamed(const std::string& word) {
+  if (word == "list") return CommandLine::Command::list;
+  if (word == "profiles") return CommandLine::Command::profiles;
+  return std::nullopt;
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
@@ -112,9 +119,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
   refuseWhatIsNotThereYet(parsed);
   refuseUnknownOptions(arguments, parsed.words);
   CommandLine line = conversion(parsed);
-  if (line.action != "list") return line;
-  if (!line.files.empty()) throw UsageError("“ostra list” takes no further words.");
-  return commandOnly(CommandLine::Command::list);
+  const auto listing = listingNamed(line.action);
+  if (!listing) return line;
+  if (!line.files.empty()) throw UsageError("“ostra " + line.action + "” takes no further words.");
+  if (line.profile) throw UsageError("“ostra " + line.action + "” takes no --profile.");
+  return commandOnly(*listing);
 }
 
 std::string helpText() {
@@ -123,7 +132,11 @@ std::string helpText() {
   ostra ACTION FILE...         performs an action on some files
   ostra --bundle DIR FILE...   performs the action of a bundle
   ostra list                   lists the actions
+  ostra profiles               lists the profiles that convert-color-profile
+                               offers; an empty line parts ours from the
+                               installed ones
 
+  --profile NAME        answers convert-color-profile, which asks otherwise
   --files-from=FILE|-   reads further paths, separated by NUL, from a file or
                         from standard input
   --ui=auto|desktop|terminal|none

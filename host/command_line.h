@@ -9,7 +9,7 @@ enum class UserInterfaceChoice { automatic, desktop, terminal, none };
 
 /// What the user asked for. For a conversion either `action` or `bundle` is given; the files may be none.
 struct CommandLine {
-  enum class Command { convert, list, help, version };
+  enum class Command { convert, list, profiles, help, version };
 
   Command command = Command::convert;
   std::string action;
@@ -17,6 +17,8 @@ struct CommandLine {
   std::vector<std::string> files;
   /// A file with further paths; "-" is standard input.
   std::optional<std::string> filesFrom;
+  /// The answer to the panel of the profile conversion.
+  std::optional<std::string> profile;
   UserInterfaceChoice userInterface = UserInterfaceChoice::automatic;
   bool verbose = false;
 };

@@ -1,12 +1,15 @@
 #include "host/conversion.h"
 
+#include "chooser/profile_view_controller.h"
 #include "host/bundles.h"
 #include "host/exit_status.h"
 #include "host/extension_host.h"
 #include "host/file_list.h"
 #include "host/housekeeping.h"
 #include "host/message.h"
+#include "host/panel.h"
 #include "host/stop_signals.h"
+#include "host/usage_error.h"
 #include "host/user_interface.h"
 #include "platform/foundation/bundle.h"
 #include "platform/graphics/color_space.h"
@@ -27,15 +30,28 @@ std::vector<std::string> filesFor(const CommandLine& line) {
   return files;
 }
 
+/// What opens the panel of the object, or nothing for one that has none.
+std::function<void()> panelOpening(const std::shared_ptr<NSExtensionRequestHandling>& principal,
+                                   const Bundle& bundle, const CommandLine& line) {
+  const auto controller = std::dynamic_pointer_cast<NSViewController>(principal);
+  if (!controller && line.profile) throw UsageError("--profile is for “convert-color-profile” only.");
+  if (!controller) return nullptr;
+  if (line.profile) return [controller, name = *line.profile] { answerPanel(controller, name); };
+  return [controller, title = bundle.displayName()] { showPanel(controller, title); };
+}
+
 void tell(const RequestEnd& end) {
   if (const auto message = hostMessage(end)) say(*message);
 }
 
 }  // namespace
 
+int listProfiles() { return print(panelChoices(std::make_shared<OstraQuickActionProfileViewController>())); }
+
 int performAction(const CommandLine& line) {
   const Bundle bundle = bundleFor(line);
   const auto principal = makePrincipalObject(bundle.principalClassName());
+  const auto openPanel = panelOpening(principal, bundle, line);
   const std::vector<std::string> files = filesFor(line);
 
   PropertyListBundle mainBundle(bundle.info);
@@ -49,7 +65,7 @@ int performAction(const CommandLine& line) {
   const bool watched = display == Display::terminal && !line.verbose;
   const StopSignals stopSignals;
   const auto end =
-      serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden);
+      serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden, openPanel);
   const auto signal = StopSignals::received();
   if (end && !signal) tell(*end);
   if (!signal) cleanUpAfterFormerRuns(files);

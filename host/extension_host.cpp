@@ -2,12 +2,17 @@
 
 #include <array>
 
+#include "chooser/profile_view_controller.h"
 #include "front/request_handler.h"
 #include "host/file_item_provider.h"
 #include "host/progress_reporter.h"
+#include "host/stop_signals.h"
 #include "host/usage_error.h"
+#include "platform/appkit/renderer.h"
 #include "platform/dispatch/main_loop.h"
+#include "platform/dispatch/queue.h"
 #include "platform/extension/extension_item.h"
+#include "platform/foundation/service.h"
 
 namespace ostra {
 namespace {
@@ -19,7 +24,7 @@ std::shared_ptr<NSExtensionRequestHandling> make() {
 
 constexpr std::array kPrincipalClasses{
     PrincipalClass{"OstraQuickActionRequestHandler", make<OstraQuickActionRequestHandler>},
-    PrincipalClass{"OstraQuickActionProfileViewController", nullptr},
+    PrincipalClass{"OstraQuickActionProfileViewController", make<OstraQuickActionProfileViewController>},
 };
 
 /// One selection is one item with an attachment for each file.
@@ -33,6 +38,12 @@ NSExtensionContext::InputItems inputItems(const std::vector<std::string>& files,
   return {std::make_shared<NSExtensionItem>(std::move(providers))};
 }
 
+/// After a signal. While a panel is open no item asks whether to stop.
+void closePanel(const std::shared_ptr<Work>& work) {
+  Service<Renderer>::current().withdraw();
+  mainQueue().async([work] { work->stopIfSignalled(); });
+}
+
 }  // namespace
 
 std::span<const PrincipalClass> principalClasses() { return kPrincipalClasses; }
@@ -40,20 +51,24 @@ std::span<const PrincipalClass> principalClasses() { return kPrincipalClasses; }
 std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(const std::string& className,
                                                                 std::span<const PrincipalClass> classes) {
   for (const PrincipalClass& known : classes) {
-    if (known.name != className) continue;
-    if (known.make == nullptr) throw UsageError("This version does not have the profile conversion yet.");
-    return known.make();
+    if (known.name == className) return known.make();
   }
   throw UsageError("The bundle names no principal class that this program has (“" + className + "”).");
 }
 
 std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
-                                       const std::vector<std::string>& files, ProgressDisplay progress) {
+                                       const std::vector<std::string>& files, ProgressDisplay progress,
+                                       const std::function<void()>& openPanel) {
   std::optional<ProgressReporter> reporter;
   if (progress == ProgressDisplay::shown) reporter.emplace(files.size());
   const auto work = std::make_shared<Work>(reporter ? reporter->itemBegan() : nullptr);
   const auto context = std::make_shared<HostExtensionContext>(inputItems(files, work));
   principal.beginRequestWithExtensionContext(context);
+  std::optional<StopListener> listener;
+  if (openPanel) {
+    listener.emplace([work] { closePanel(work); });
+    openPanel();
+  }
   MainLoop::run();
   return context->end();
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -11,7 +12,7 @@
 
 namespace ostra {
 
-/// A class that a bundle may name as its principal class. Without a maker it is known and not built yet.
+/// A class that a bundle may name as its principal class.
 struct PrincipalClass {
   std::string_view name;
   std::shared_ptr<NSExtensionRequestHandling> (*make)();
@@ -27,9 +28,11 @@ std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(
 /// Whether somebody watches how far the request is.
 enum class ProgressDisplay { shown, hidden };
 
-/// Hands the files to the object as one selection and turns the main loop until the request has ended;
-/// nothing when a signal ended the work first, and the request stays open. Main thread.
+/// Hands the files to the object as one selection, opens its panel if it has one, and turns the main loop
+/// until the request has ended; nothing when a signal ended the work, or the panel, first, and the request
+/// stays open. What `openPanel` throws goes on to the caller. Main thread.
 std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
-                                       const std::vector<std::string>& files, ProgressDisplay progress);
+                                       const std::vector<std::string>& files, ProgressDisplay progress,
+                                       const std::function<void()>& openPanel = nullptr);
 
 }  // namespace ostra

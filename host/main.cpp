@@ -2,6 +2,7 @@
 
 #include "host/bundles.h"
 #include "host/command_line.h"
+#include "host/confined_decoding.h"
 #include "host/conversion.h"
 #include "host/exit_status.h"
 #include "host/message.h"
@@ -19,8 +20,12 @@ int perform(const ostra::CommandLine& line) {
       return print(versionText());
     case CommandLine::Command::list:
       return print(bundleList(bundlesIn(bundlesFolder())));
-    case CommandLine::Command::convert:
+    case CommandLine::Command::profiles:
+      return listProfiles();
+    case CommandLine::Command::convert: {
+      const ConfinedDecoding confined;
       return performAction(line);
+    }
   }
   return kUsageStatus;
 }

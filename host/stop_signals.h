@@ -1,7 +1,11 @@
 #pragma once
 #include <array>
 #include <csignal>
+#include <functional>
 #include <optional>
+#include <thread>
+
+#include "platform/foundation/unique_fd.h"
 
 namespace ostra {
 
@@ -20,6 +24,21 @@ class StopSignals {
 
  private:
   std::array<struct sigaction, 3> before_;
+};
+
+/// For work that waits for something else than the next picture: calls `arrived` once, on a thread of its
+/// own, as soon as such a signal has come; at once when it came before. What is called must not wait for the
+/// thread that ends this, for its end waits for the call.
+class StopListener {
+ public:
+  explicit StopListener(std::function<void()> arrived);
+  ~StopListener();
+  StopListener(const StopListener&) = delete;
+  StopListener& operator=(const StopListener&) = delete;
+
+ private:
+  const UniqueFd ended_;
+  std::thread thread_;
 };
 
 }  // namespace ostra

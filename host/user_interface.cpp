@@ -4,8 +4,10 @@
 
 #include <unistd.h>
 
+#include "host/lazy_windows.h"
 #include "host/stop_signals.h"
 #include "platform/appkit/terminal/terminal_renderer.h"
+#include "platform/appkit/window_renderer.h"
 
 namespace ostra {
 namespace {
@@ -15,17 +17,22 @@ bool isSet(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
-/// Nothing is reported after a signal: not even the failure of the picture that was in work.
+/// Nothing is reported after a signal: not even the failure of the picture that was in work. One that comes
+/// while something is shown ends that.
 class UntilStopped : public Renderer {
  public:
   explicit UntilStopped(Renderer& shown) : shown_(shown) {}
   void activate() override { shown_.activate(); }
   void beep() override { shown_.beep(); }
   void run(const NSAlert& alert) override {
-    if (!StopSignals::received()) shown_.run(alert);
+    if (StopSignals::received()) return;
+    const StopListener listener([this] { shown_.withdraw(); });
+    shown_.run(alert);
   }
   SavePanelAnswer run(const NSSavePanel& panel) override {
-    return StopSignals::received() ? SavePanelAnswer{} : shown_.run(panel);
+    if (StopSignals::received()) return {};
+    const StopListener listener([this] { shown_.withdraw(); });
+    return shown_.run(panel);
   }
   bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override {
     return !StopSignals::received() && shown_.present(controller, title);
@@ -66,11 +73,10 @@ Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundin
 }
 
 UserInterface::UserInterface(Display display) {
-  if (display == Display::terminal) {
-    terminal_ = std::make_unique<TerminalRenderer>();
-    application_ = std::make_unique<HostApplication>();
-  }
-  untilStopped_ = std::make_unique<UntilStopped>(terminal_ ? *terminal_ : Renderer::standard());
+  if (display == Display::terminal) own_ = std::make_unique<TerminalRenderer>();
+  if (display == Display::windows) own_ = std::make_unique<LazyWindows>(windowRenderer);
+  if (own_) application_ = std::make_unique<HostApplication>();
+  untilStopped_ = std::make_unique<UntilStopped>(own_ ? *own_ : Renderer::standard());
   override_.emplace(*untilStopped_);
   NSApplication::setShared(application_.get());
 }

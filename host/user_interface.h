@@ -25,8 +25,8 @@ enum class Display { windows, terminal, lines };
 Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundings);
 
 /// The user interface of the process for a scope: its renderer and, where somebody can be shown something,
-/// the application. Windows have no renderer yet and are lines. After a signal asked to stop it shows and
-/// asks nothing.
+/// the application. After a signal asked to stop it shows and asks nothing; what is shown when it comes ends
+/// as cancelled.
 class UserInterface {
  public:
   explicit UserInterface(Display display);
@@ -35,7 +35,7 @@ class UserInterface {
   UserInterface& operator=(const UserInterface&) = delete;
 
  private:
-  std::unique_ptr<Renderer> terminal_;
+  std::unique_ptr<Renderer> own_;
   std::unique_ptr<Renderer> untilStopped_;
   std::unique_ptr<NSApplication> application_;
   std::optional<Service<Renderer>::Override> override_;

@@ -12,6 +12,11 @@ void Work::run(std::size_t index, const std::string& name, const std::function<v
   end();
 }
 
+void Work::stopIfSignalled() {
+  const std::lock_guard lock(mutex_);
+  stopIfAsked();
+}
+
 bool Work::begin() {
   const std::lock_guard lock(mutex_);
   stopIfAsked();

@@ -18,6 +18,8 @@ class Work {
 
   /// Runs the work on an item; or, after a signal, lets it be and stops the main loop.
   void run(std::size_t index, const std::string& name, const std::function<void()>& work);
+  /// After a signal: stops the main loop now if nothing is in work, as before the first item.
+  void stopIfSignalled();
 
  private:
   bool begin();

@@ -115,22 +115,37 @@ TEST(CommandLine, RefusesWhatItDoesNotUnderstand) {
   EXPECT_THAT(refusal({"list", "a.png"}), HasSubstr("no further words"));
 }
 
+TEST(CommandLine, KnowsTheAnswerToThePanel) {
+  const CommandLine line = parseCommandLine({"--profile", "Display P3", "convert-color-profile", "a.png"});
+  EXPECT_EQ(line.profile, "Display P3");
+  EXPECT_EQ(line.action, "convert-color-profile");
+  EXPECT_FALSE(parseCommandLine({"srgb", "a.png"}).profile);
+  EXPECT_EQ(parseCommandLine({"convert-color-profile", "--profile", ""}).profile, "");
+  EXPECT_EQ(parseCommandLine({"--bundle=/b", "--profile=-1", "a.png"}).profile, "-1");
+}
+
+TEST(CommandLine, KnowsTheListOfProfiles) {
+  EXPECT_EQ(parseCommandLine({"profiles"}).command, Command::profiles);
+  EXPECT_THAT(refusal({"profiles", "a.png"}), HasSubstr("“ostra profiles” takes no further words"));
+  EXPECT_THAT(refusal({"--profile=x", "profiles"}), HasSubstr("takes no --profile"));
+  EXPECT_THAT(refusal({"--profile=x", "list"}), HasSubstr("takes no --profile"));
+  EXPECT_EQ(parseCommandLine({"--bundle=/b", "profiles"}).command, Command::convert);
+}
+
 TEST(CommandLine, SaysOfCommandsToComeThatTheyAreNotThereYet) {
-  for (const char* word : {"profiles", "formats", "integrate"}) {
+  for (const char* word : {"formats", "integrate"}) {
     EXPECT_THAT(refusal({word}), HasSubstr("does not have the command")) << word;
   }
   EXPECT_THAT(refusal({"integrate", "--remove"}), HasSubstr("does not have the command"));
-  EXPECT_THAT(refusal({"--profile", "Display P3", "convert-color-profile", "a.png"}),
-              HasSubstr("profile conversion"));
 }
 
 TEST(CommandLine, AdvertisesOnlyWhatIsThere) {
   const std::string help = helpText();
-  for (const char* word : {"--bundle", "--files-from", "--ui", "--verbose", "--version", "list"}) {
+  for (const char* word :
+       {"--bundle", "--files-from", "--ui", "--verbose", "--version", "list", "profiles", "--profile NAME"}) {
     EXPECT_THAT(help, HasSubstr(word));
   }
-  for (const char* word : {"--profile", "profiles", "formats", "integrate"})
-    EXPECT_THAT(help, Not(HasSubstr(word)));
+  for (const char* word : {"formats", "integrate"}) EXPECT_THAT(help, Not(HasSubstr(word)));
 }
 
 }  // namespace

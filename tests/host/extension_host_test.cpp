@@ -16,6 +16,7 @@
 #include "platform/dispatch/semaphore.h"
 #include "platform/extension/extension_item.h"
 #include "platform/foundation/service.h"
+#include "tests/doubles/renderer.h"
 #include "tests/support/temporary_folder.h"
 
 namespace ostra {
@@ -136,12 +137,61 @@ TEST_F(ExtensionHostTest, EndsThePictureInWorkAfterASignalAndTouchesNoFurtherOne
   EXPECT_THAT(handler_->loaded, ElementsAre("a.png", "b.png"));
 }
 
+TEST_F(ExtensionHostTest, OpensThePanelOfARequestThatHasBegun) {
+  bool begunBefore = false;
+  serveRequest(*handler_, files_, ProgressDisplay::hidden,
+               [&] { begunBefore = handler_->begunOnMainThread(); });
+  EXPECT_TRUE(begunBefore);
+}
+
+/// A principal object that waits for its user.
+struct Waiting : NSExtensionRequestHandling {
+  void beginRequestWithExtensionContext(std::shared_ptr<NSExtensionContext> begun) override {
+    context = begun;
+  }
+  std::shared_ptr<NSExtensionContext> context;
+};
+
+// Nothing is in work then that would look whether to stop.
+TEST_F(ExtensionHostTest, EndsAtOnceWhenASignalComesWhileAPanelIsOpen) {
+  test::CallLog log;
+  test::RecordingRenderer renderer(log);
+  const Service<Renderer>::Override override(renderer);
+  const StopSignals signals;
+  Waiting panel;
+  std::thread somebody;
+  const auto end = serveRequest(panel, files_, ProgressDisplay::hidden, [&somebody] {
+    somebody = std::thread([] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(30));
+      kill(getpid(), SIGTERM);
+    });
+  });
+  somebody.join();
+  EXPECT_FALSE(end);
+  EXPECT_THAT(log.calls(), ElementsAre("withdraw"));
+}
+
+TEST_F(ExtensionHostTest, EndsAtOnceWhenASignalCameBeforeThePanelOpened) {
+  const StopSignals signals;
+  std::raise(SIGHUP);
+  Waiting panel;
+  EXPECT_FALSE(serveRequest(panel, files_, ProgressDisplay::hidden, [] {}));
+}
+
+TEST_F(ExtensionHostTest, HandsOnWhatOpeningThePanelThrows) {
+  Waiting panel;
+  EXPECT_THROW(serveRequest(panel, files_, ProgressDisplay::hidden, [] { throw UsageError("nobody"); }),
+               UsageError);
+}
+
 TEST_F(ExtensionHostTest, ShowsProgressWhereItIsWatched) {
   struct Watched : Renderer {
     void activate() override {}
     void beep() override {}
     void run(const NSAlert&) override {}
     SavePanelAnswer run(const NSSavePanel&) override { return {}; }
+    bool present(const std::shared_ptr<NSViewController>&, const std::string&) override { return false; }
+    void withdraw() override {}
     void progress(const Progress& progress) override { drawn.push_back(progress.name); }
     std::vector<std::string> drawn;
   } renderer;
@@ -162,6 +212,8 @@ TEST(PrincipalObject, IsMadeByTheNameInTheBundle) {
                                      }}};
   EXPECT_NE(dynamic_cast<RecordingHandler*>(makePrincipalObject("Recording", classes).get()), nullptr);
   EXPECT_NE(makePrincipalObject("OstraQuickActionRequestHandler"), nullptr);
+  const auto panel = makePrincipalObject("OstraQuickActionProfileViewController");
+  EXPECT_NE(std::dynamic_pointer_cast<NSViewController>(panel), nullptr);
 }
 
 std::string refusal(const std::string& className) {
@@ -173,8 +225,7 @@ std::string refusal(const std::string& className) {
   }
 }
 
-TEST(PrincipalObject, IsAUsageErrorWhereTheClassIsUnknownOrNotThereYet) {
-  EXPECT_THAT(refusal("OstraQuickActionProfileViewController"), HasSubstr("profile conversion yet"));
+TEST(PrincipalObject, IsAUsageErrorWhereTheClassIsUnknown) {
   EXPECT_THAT(refusal("Nonsense"), HasSubstr("“Nonsense”"));
   EXPECT_THAT(refusal(""), HasSubstr("no principal class"));
 }

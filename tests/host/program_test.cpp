@@ -64,10 +64,19 @@ TEST_F(ProgramTest, RefusesAnActionThatIsNone) {
   EXPECT_EQ(result.errors, "ostra: There is no action “sepia”. See “ostra list”.\n");
 }
 
-TEST_F(ProgramTest, RefusesTheProfileConversionUntilItIsThere) {
-  const ProgramResult result = ostra({"convert-color-profile", "a.png"});
+TEST_F(ProgramTest, SaysHowToNameAProfileWhereNobodyCanBeAsked) {
+  const ProgramResult result = ostra({"--ui=none", "convert-color-profile", "a.png"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.errors, "ostra: This version does not have the profile conversion yet.\n");
+  EXPECT_EQ(
+      result.errors,
+      "ostra: Nobody can be asked for the profile here. Name it with “--profile NAME”; “ostra profiles” "
+      "lists the names.\n");
+}
+
+TEST_F(ProgramTest, TakesAProfileForTheProfileConversionOnly) {
+  const ProgramResult result = ostra({"--profile=Display P3", "invert", "a.png"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "ostra: --profile is for “convert-color-profile” only.\n");
 }
 
 // The handler refuses this kind, which is the panel's; the host tells the user.

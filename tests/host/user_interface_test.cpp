@@ -37,6 +37,12 @@ TEST(UserInterface, HasAnApplicationOnlyWhereSomebodyIsShownSomething) {
   EXPECT_EQ(NSApplication::shared(), nullptr);
 }
 
+TEST(UserInterface, HasAnApplicationForWindowsBeforeAnyIsLoaded) {
+  const UserInterface windows(Display::windows);
+  EXPECT_NE(NSApplication::shared(), nullptr);
+  NSApplication::shared()->activateIgnoringOtherApps(true);
+}
+
 std::string shownOf(const NSAlert& alert) {
   testing::internal::CaptureStderr();
   Service<Renderer>::current().run(alert);
@@ -46,11 +52,18 @@ std::string shownOf(const NSAlert& alert) {
 TEST(UserInterface, ReportsNothingAfterASignal) {
   NSAlert alert;
   alert.messageText = "Title";
-  const UserInterface lines(Display::windows);
+  const UserInterface lines(Display::lines);
   EXPECT_EQ(shownOf(alert), "Title\n");
   const StopSignals signals;
   std::raise(SIGTERM);
   EXPECT_EQ(shownOf(alert), "");
+}
+
+TEST(UserInterface, PresentsNothingAfterASignal) {
+  const UserInterface lines(Display::lines);
+  const StopSignals signals;
+  std::raise(SIGTERM);
+  EXPECT_FALSE(Service<Renderer>::current().present(nullptr, "Title"));
 }
 
 }  // namespace

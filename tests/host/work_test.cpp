@@ -10,6 +10,7 @@
 
 #include "host/stop_signals.h"
 #include "platform/dispatch/main_loop.h"
+#include "platform/dispatch/queue.h"
 
 namespace ostra {
 namespace {
@@ -41,6 +42,59 @@ TEST(StopSignals, LeaveASignalIgnoredThatTheParentHadIgnored) {
     EXPECT_FALSE(StopSignals::received());
   }
   EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
+TEST(StopListener, HearsASignalThatComes) {
+  const StopSignals signals;
+  std::atomic<bool> heard{false};
+  const StopListener listener([&heard] { heard = true; });
+  std::raise(SIGINT);
+  while (!heard) std::this_thread::yield();
+}
+
+TEST(StopListener, HearsASignalThatCameBefore) {
+  const StopSignals signals;
+  std::raise(SIGINT);
+  for (int i = 0; i < 2; ++i) {
+    std::atomic<bool> heard{false};
+    const StopListener listener([&heard] { heard = true; });
+    while (!heard) std::this_thread::yield();
+  }
+}
+
+TEST(StopListener, EndsWithoutASignal) {
+  const StopSignals signals;
+  bool heard = false;
+  {
+    const StopListener listener([&heard] { heard = true; });
+  }
+  EXPECT_FALSE(heard);
+}
+
+TEST(StopListener, DoesNotHearASignalOfFormerTimes) {
+  {
+    const StopSignals signals;
+    std::raise(SIGINT);
+    const StopListener listener([] {});
+  }
+  const StopSignals signals;
+  std::atomic<bool> heard{false};
+  {
+    const StopListener listener([&heard] { heard = true; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  }
+  EXPECT_FALSE(heard);
+}
+
+TEST(Work, StopsTheMainLoopForASignalWhileNothingIsInWork) {
+  const StopSignals signals;
+  Work work({});
+  work.stopIfSignalled();
+  mainQueue().async([] { MainLoop::stop(); });
+  MainLoop::run();  // only the line before ended it
+  std::raise(SIGTERM);
+  work.stopIfSignalled();
+  MainLoop::run();  // returns
 }
 
 TEST(Work, TellsWhichItemIsInWork) {

@@ -177,6 +177,8 @@ std::optional<Bytes> patchExif(const Bytes& block, const Dictionary& before, con
   const Patch patch{before, after, picture};
   auto result = applied(*editor, patch);
   if (result && result->size() <= block.size()) return result;
+  // First what goes anyway: its directories may lie across others that are about to change.
+  editor->dropThumbnails();
   editor->dropDangling();
   editor->closeDirectories();
   return applied(std::move(*editor), patch);

@@ -332,6 +332,23 @@ TEST_P(ExifPatch, AnEntryThatPointsBehindTheEndComesToNoMeaningThere) {
   EXPECT_TRUE(read(written(properties)).tree == properties.tree);
 }
 
+TEST_P(ExifPatch, AThumbnailDirectoryAcrossAnotherDoesNotHinderItsEdits) {
+  const bool big = GetParam();
+  const ExifBuilder b(big);
+  // The first entry of the Exif directory dangles. Where its value stands, the thumbnail's directory starts:
+  // empty, and once that entry is gone its next directory is the first of all.
+  const auto dangling = b.bytes(0x9998, 4, b.number(0, 4));
+  const auto second = b.longs(0x9999, {big ? 0u : 0x00080000u});
+  const auto third = b.longs(big ? 8 : 0, {77});
+  Bytes block = b.build({b.directory(0x8769, {dangling, second, third})});
+  b.put(block, 22, 36, 4);
+  b.put(block, 32, 100, 4);
+  b.put(block, 36, big ? 0x0000FFFF : 0xFFFF0000, 4);
+  Properties properties = read(block);
+  properties.tree.insert_or_assign("{TIFF}", Dictionary{{"Make", "A maker with a long name"}});
+  EXPECT_TRUE(groupOf(read(written(properties)).tree, "{TIFF}") == group(properties, "{TIFF}"));
+}
+
 TEST_P(ExifPatch, AValueThatATagCannotHoldTakesTheOldOneAway) {
   Properties properties = read(camera_);
   group(properties, "{Exif}").insert_or_assign("FNumber", "wide open");

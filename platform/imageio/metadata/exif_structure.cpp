@@ -57,15 +57,20 @@ std::optional<std::size_t> pointer(ByteView block, ByteOrder order, const Ifd& i
   return read32(block, entry->position + 8, order);
 }
 
+/// Whether an edit of the directory would change another one. Thumbnails are not asked: they go first.
+bool crossesAny(const ExifStructure& structure, const Ifd& ifd) {
+  return std::any_of(structure.ifds.begin(), structure.ifds.end(), [&](const Ifd& other) {
+    return other.kind != IfdKind::thumbnail && overlap(other.range(), ifd.range());
+  });
+}
+
 /// False when the directory is pointed at but cannot be trusted.
 bool follow(ByteView block, ExifStructure& structure, IfdKind kind, std::uint16_t tag) {
   const auto position = pointer(block, structure.order, structure.ifds.front(), tag);
   if (!position) return true;
   auto ifd = readIfd(block, structure.order, kind, *position);
   if (!ifd) return false;
-  for (const Ifd& other : structure.ifds) {
-    if (overlap(other.range(), ifd->range())) return false;
-  }
+  if (crossesAny(structure, *ifd)) return false;
   structure.ifds.push_back(std::move(*ifd));
   return true;
 }
@@ -75,9 +80,9 @@ void followInterop(ByteView block, ExifStructure& structure) {
   if (!exif) return;
   const auto position = pointer(block, structure.order, *exif, kInteropPointer);
   if (!position) return;
-  if (auto ifd = readIfd(block, structure.order, IfdKind::interop, *position)) {
-    structure.ifds.push_back(std::move(*ifd));
-  }
+  auto ifd = readIfd(block, structure.order, IfdKind::interop, *position);
+  if (!ifd || crossesAny(structure, *ifd)) return;
+  structure.ifds.push_back(std::move(*ifd));
 }
 
 /// False when the chain comes back to a directory that was read before.

@@ -85,8 +85,8 @@ struct ExifStructure {
 
 /// Reads the directories of an Exif block. Strict about its bones: nothing when the header is not one, when
 /// the directory of the picture, of Exif or of GPS leaves the block, when two of these overlap, or when the
-/// chain of directories runs in a circle. A thumbnail or interoperability directory that cannot be read is
-/// left out.
+/// chain of directories runs in a circle. A thumbnail or interoperability directory that cannot be read, or
+/// an interoperability directory across one of the three, is left out.
 std::optional<ExifStructure> parseExif(ByteView block);
 
 }  // namespace ostra

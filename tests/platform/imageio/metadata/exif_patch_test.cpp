@@ -2,6 +2,7 @@
 
 #include "platform/imageio/metadata/carrier.h"
 #include "platform/imageio/metadata/exif_block.h"
+#include "platform/imageio/metadata/exif_structure.h"
 #include "platform/imageio/property_keys.h"
 #include "tests/platform/imageio/metadata/exif_builder.h"
 #include "tests/platform/imageio/metadata/exiftool.h"
@@ -347,6 +348,22 @@ TEST_P(ExifPatch, AThumbnailDirectoryAcrossAnotherDoesNotHinderItsEdits) {
   Properties properties = read(block);
   properties.tree.insert_or_assign("{TIFF}", Dictionary{{"Make", "A maker with a long name"}});
   EXPECT_TRUE(groupOf(read(written(properties)).tree, "{TIFF}") == group(properties, "{TIFF}"));
+}
+
+TEST_P(ExifPatch, AnInteroperabilityDirectoryAcrossAnotherCountsAsNone) {
+  const bool big = GetParam();
+  const ExifBuilder b(big);
+  // The last two bytes of the first entry count two more: an Adobe RGB index, which would be removed.
+  const auto place =
+      b.directory(0x8825, {b.longs(0x50, {big ? 2u : 2u << 16}), b.text(1, "R03"), b.text(3, "E")});
+  Bytes block = b.build({b.directory(0x8769, {b.longs(0xA005, {0})}), place});
+  const auto order = big ? ByteOrder::big : ByteOrder::little;
+  const std::size_t exif = read32(block, 8 + 2 + 8, order), gps = read32(block, 8 + 2 + 12 + 8, order);
+  b.put(block, exif + 2 + 8, static_cast<std::uint32_t>(gps + 2 + 10), 4);
+  Properties properties = read(block);
+  ASSERT_EQ(group(properties, "{GPS}").size(), 2U);
+  Properties again = read(written(properties));
+  EXPECT_TRUE(group(again, "{GPS}") == group(properties, "{GPS}"));
 }
 
 TEST_P(ExifPatch, AValueThatATagCannotHoldTakesTheOldOneAway) {

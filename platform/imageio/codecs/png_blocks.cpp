@@ -81,13 +81,27 @@ void takeText(PngText text, Carrier& carrier, RawProfiles& profiles) {
   }
 }
 
+// Two signed numbers and a unit.
+bool isOffset(ByteView data) { return data.size() == 9 && data[8] <= 1; }
+
+// The mode of a stereo pair.
+bool isStereo(ByteView data) { return data.size() == 1 && data[0] <= 1; }
+
+// A unit, then width and height as texts with a zero between them.
+bool isScale(ByteView data) {
+  if (data.size() < 4 || (data[0] != 1 && data[0] != 2)) return false;
+  const std::string_view texts = asText(data.subspan(1));
+  const std::size_t zero = texts.find('\0');
+  return zero != 0 && zero != std::string_view::npos && zero + 1 < texts.size();
+}
+
 // Ancillary, and by its name safe to copy beside pixels that changed, or known to speak of the geometry
 // alone; but none of those that are read, and none that speak of the colours.
 bool isCarried(const PngChunk& chunk) {
   constexpr std::uint32_t kSafeToCopy = 0x20, kReserved = 0x2000;
-  for (const std::uint32_t type : {pngType("sTER"), pngType("sCAL")}) {
-    if (chunk.type == type) return true;
-  }
+  if (chunk.type == pngType("oFFs")) return isOffset(chunk.data);
+  if (chunk.type == pngType("sTER")) return isStereo(chunk.data);
+  if (chunk.type == pngType("sCAL")) return isScale(chunk.data);
   for (const std::uint32_t type : {pngType("eXIf"), pngType("zxIf"), pngType("pHYs"), pngType("tEXt"),
                                    pngType("zTXt"), pngType("iTXt"), pngType("mDCv"), pngType("cLLi")}) {
     if (chunk.type == type) return false;

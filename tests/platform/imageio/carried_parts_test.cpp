@@ -60,6 +60,32 @@ TEST_F(CarriedParts, TextsKeepTheirLanguageAndTheirTranslatedKeyword) {
   EXPECT_THAT(shown(now, "png", {"-PNG:Title-de"}), testing::HasSubstr("Der Turm"));
 }
 
+TEST_F(CarriedParts, PlaceScaleAndStereoModeStayWhereTheyAreWhatTheyShouldBe) {
+  const auto sound = [](const Bytes& stereo, std::string_view scale, std::size_t offset) {
+    return joined({pngChunk("sTER", stereo), text("sCAL", scale), pngChunk("oFFs", Bytes(offset))});
+  };
+  const Bytes kept = rewritten(withPngChunk(png_, sound({1},
+                                                        "\1"
+                                                        "2.5\0"
+                                                        "3"sv,
+                                                        9)),
+                               "public.png");
+  for (const char* type : {"sTER", "sCAL", "oFFs"}) EXPECT_TRUE(has(kept, type)) << type;
+  for (const std::string_view scale : {""sv,
+                                       "\3"
+                                       "2.5\0"
+                                       "3"sv,
+                                       "\1"
+                                       "2.5"sv,
+                                       "\1\0"
+                                       "3"sv,
+                                       "\1"
+                                       "2.5\0"sv}) {
+    const Bytes now = rewritten(withPngChunk(png_, sound({2}, scale, 8)), "public.png");
+    for (const char* type : {"sTER", "sCAL", "oFFs"}) EXPECT_FALSE(has(now, type)) << type;
+  }
+}
+
 TEST_F(CarriedParts, ChunksStayBeforeAndBehindThePixels) {
   Bytes file =
       withPngChunk(png_, joined({pngChunk("oFFs", Bytes(9)), pngChunk("abCd", bytesOfText("safe")),

@@ -178,12 +178,13 @@ void ExifEditor::removeEntry(const Ifd& ifd, const ExifEntry& entry) {
 }
 
 void ExifEditor::removeTag(IfdKind kind, std::uint16_t tag) {
-  while (const Ifd* ifd = structure_.find(kind)) {
-    const ExifEntry* entry = ifd->find(tag);
-    if (!entry) return;
-    if (ifd->entries.size() == 1 && kind != IfdKind::tiff) return removeDirectory(kind);
-    removeEntry(*ifd, *entry);
-  }
+  // The first one last: were it a pointer, the next of its tag would be followed in its stead.
+  removeDuplicates(kind, tag);
+  const Ifd* ifd = structure_.find(kind);
+  const ExifEntry* entry = ifd ? ifd->find(tag) : nullptr;
+  if (!entry) return;
+  if (ifd->entries.size() == 1 && kind != IfdKind::tiff) return removeDirectory(kind);
+  removeEntry(*ifd, *entry);
 }
 
 void ExifEditor::removeDirectory(IfdKind kind) {

@@ -366,6 +366,15 @@ TEST_P(ExifPatch, AnInteroperabilityDirectoryAcrossAnotherCountsAsNone) {
   EXPECT_TRUE(group(again, "{GPS}") == group(properties, "{GPS}"));
 }
 
+TEST_P(ExifPatch, ASecondPointerIsNotFollowedWhenTheFirstIsRemoved) {
+  const ExifBuilder b(GetParam());
+  Bytes block = b.build({b.longs(0x8769, {0}), b.longs(0x8769, {0xFFFFFF00})});
+  b.put(block, 8 + 2 + 4, 0x1000, 4);  // too many values for the block: no pointer, and removed for that
+  Properties properties = read(block);
+  properties.tree.insert_or_assign("{TIFF}", Dictionary{{"Make", "A maker with a long name"}});
+  EXPECT_TRUE(groupOf(read(written(properties)).tree, "{TIFF}") == group(properties, "{TIFF}"));
+}
+
 TEST_P(ExifPatch, AValueThatATagCannotHoldTakesTheOldOneAway) {
   Properties properties = read(camera_);
   group(properties, "{Exif}").insert_or_assign("FNumber", "wide open");

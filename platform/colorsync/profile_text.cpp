@@ -3,31 +3,11 @@
 #include <algorithm>
 #include <optional>
 
-#include "platform/foundation/unicode.h"
 #include "platform/graphics/icc_check.h"
+#include "platform/graphics/icc_text.h"
 
 namespace ostra {
 namespace {
-
-bool isHigh(char32_t unit) { return unit >> 10 == 0xD800 >> 10; }
-bool isLow(char32_t unit) { return unit >> 10 == 0xDC00 >> 10; }
-
-/// Halves of pairs that stand alone are left out.
-std::string fromUtf16(ByteView units) {
-  std::string text;
-  for (std::size_t at = 0; at + 2 <= units.size(); at += 2) {
-    const char32_t unit = iccUInt16(units, at);
-    const char32_t next = at + 4 <= units.size() ? iccUInt16(units, at + 2) : 0;
-    if (unit == 0) break;
-    if (isHigh(unit) && isLow(next)) {
-      appendCharacter(text, 0x10000 + ((unit & 0x3FF) << 10) + (next & 0x3FF));
-      at += 2;
-    } else if (!isHigh(unit) && !isLow(unit)) {
-      appendCharacter(text, unit);
-    }
-  }
-  return text;
-}
 
 struct Record {
   Language language;
@@ -69,27 +49,22 @@ std::string ofLanguages(ByteView tag, std::vector<Language> languages) {
   const std::vector<Record> records = recordsOf(tag);
   languages.push_back({"en", "US"});
   for (const Language& language : languages) {
-    if (const Record* record = recordIn(records, language)) return fromUtf16(record->text);
+    if (const Record* record = recordIn(records, language)) return iccUtf16Text(record->text);
   }
-  return records.empty() ? std::string() : fromUtf16(records.front().text);
+  return records.empty() ? std::string() : iccUtf16Text(records.front().text);
 }
 
 /// textDescriptionType of version 2: the length of an ASCII text, that text, a language code, the number of
-/// UTF-16 units, those. Bytes beyond ASCII count as Latin-1.
+/// UTF-16 units, those.
 std::string ofDescription(ByteView tag) {
   if (tag.size() < 12) return {};
   const std::size_t length = std::min<std::size_t>(iccUInt32(tag, 8), tag.size() - 12);
   const ByteView rest = tag.subspan(12 + length);
   if (rest.size() >= 8) {
     const std::size_t units = std::min<std::size_t>(iccUInt32(rest, 4), (rest.size() - 8) / 2);
-    if (std::string text = fromUtf16(rest.subspan(8, 2 * units)); !text.empty()) return text;
+    if (std::string text = iccUtf16Text(rest.subspan(8, 2 * units)); !text.empty()) return text;
   }
-  std::string text;
-  for (const std::uint8_t character : tag.subspan(12, length)) {
-    if (character == 0) break;
-    appendCharacter(text, character);
-  }
-  return text;
+  return iccAsciiText(tag.subspan(12, length));
 }
 
 }  // namespace

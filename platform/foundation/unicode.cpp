@@ -1,7 +1,5 @@
 #include "platform/foundation/unicode.h"
 
-#include <optional>
-
 namespace ostra {
 namespace {
 
@@ -22,7 +20,8 @@ bool isScalar(char32_t character, std::size_t length) {
   return character >= kSmallest[length] && !surrogate && character <= 0x10FFFF;
 }
 
-/// Takes a character off the front; nothing, and no change, when it is malformed.
+}  // namespace
+
 std::optional<char32_t> takeCharacter(std::string_view& text) {
   const auto lead = static_cast<unsigned char>(text.front());
   const std::size_t length = lengthAfter(lead);
@@ -37,8 +36,6 @@ std::optional<char32_t> takeCharacter(std::string_view& text) {
   text.remove_prefix(length);
   return character;
 }
-
-}  // namespace
 
 std::u32string charactersOf(std::string_view utf8) {
   std::u32string characters;

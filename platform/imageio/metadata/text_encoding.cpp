@@ -1,50 +1,12 @@
 #include "platform/imageio/metadata/text_encoding.h"
 
 #include <algorithm>
-#include <optional>
+
+#include "platform/foundation/unicode.h"
 
 namespace ostra {
 
 namespace {
-
-/// Takes one character off the front; nothing when it is malformed.
-std::optional<char32_t> takeCharacter(std::string_view& text) {
-  const auto lead = static_cast<unsigned char>(text.front());
-  const std::size_t length = lead < 0x80   ? 1
-                             : lead < 0xC2 ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
-  if (length == 0 || length > text.size()) return std::nullopt;
-  char32_t character = length == 1 ? lead : lead & (0xFFu >> (length + 1));
-  for (std::size_t i = 1; i < length; ++i) {
-    const auto next = static_cast<unsigned char>(text[i]);
-    if ((next & 0xC0) != 0x80) return std::nullopt;
-    character = character << 6 | (next & 0x3F);
-  }
-  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-  const bool surrogate = character >= 0xD800 && character < 0xE000;
-  if (character < kSmallest[length] || surrogate || character > 0x10FFFF) return std::nullopt;
-  text.remove_prefix(length);
-  return character;
-}
-
-void append(std::string& text, char32_t character) {
-  const auto tail = [&](int shift) { text += static_cast<char>(0x80 | (character >> shift & 0x3F)); };
-  if (character < 0x80) {
-    text += static_cast<char>(character);
-  } else if (character < 0x800) {
-    text += static_cast<char>(0xC0 | character >> 6);
-    tail(0);
-  } else if (character < 0x10000) {
-    text += static_cast<char>(0xE0 | character >> 12);
-    tail(6), tail(0);
-  } else {
-    text += static_cast<char>(0xF0 | character >> 18);
-    tail(12), tail(6), tail(0);
-  }
-}
 
 void append16(Bytes& bytes, char32_t unit, ByteOrder order) {
   bytes.resize(bytes.size() + 2);
@@ -66,7 +28,7 @@ bool isAscii(std::string_view text) {
 
 std::string utf8FromLatin1(std::string_view text) {
   std::string result;
-  for (const char c : text) append(result, static_cast<unsigned char>(c));
+  for (const char c : text) appendCharacter(result, static_cast<unsigned char>(c));
   return result;
 }
 
@@ -86,7 +48,7 @@ std::string utf8FromUtf16(ByteView text, ByteOrder order) {
     } else if (high || low) {
       unit = 0xFFFD;
     }
-    append(result, unit);
+    appendCharacter(result, unit);
   }
   return result;
 }

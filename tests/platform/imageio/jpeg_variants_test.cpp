@@ -124,6 +124,14 @@ TEST_F(JpegVariants, OfProcessesThatTheLibraryHasNotAreRefused) {
     EXPECT_EQ(colourSamples(decoded(jpegOf(words))), samplesByDjpeg(jpegOf(words)));
 }
 
+// The arithmetic decoder of the library does not warn of what is missing.
+TEST_F(JpegVariants, OfArithmeticCodingAreRefusedWhereTheyAreCutOff) {
+  const Bytes file = jpegOf({"-arithmetic"});
+  const ByteView whole(file);
+  for (std::size_t lost = 1; lost < 200; ++lost)
+    EXPECT_EQ(faultOf(decodeBytes(whole.first(whole.size() - lost))), Fault{FaultKind::damaged}) << lost;
+}
+
 TEST_F(JpegVariants, AProfileInAsManySegmentsAsThereMayBeIsWhole) {
   const ByteView view = CGColorSpace::createWithName(kCGColorSpaceDisplayP3)->iccData();
   const Bytes profile(view.begin(), view.end());

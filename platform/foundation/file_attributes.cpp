@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <linux/fs.h>
@@ -28,6 +29,8 @@ constexpr std::string_view kNetworkAccessList = "system.nfs4_acl";
 constexpr std::string_view kNotForNewContents[] = {"security.ima", "security.evm", "security.capability"};
 
 FileCalls& calls() { return Service<FileCalls>::current(); }
+
+bool isUsers(std::string_view name) { return name.starts_with(kUser); }
 
 bool isAccessList(std::string_view name) { return name == kAccessList || name == kNetworkAccessList; }
 
@@ -65,6 +68,13 @@ std::optional<std::vector<std::string>> attributeNames(int file) {
     names.emplace_back(rest.substr(0, length));
     rest.remove_prefix(length == std::string_view::npos ? rest.size() : length + 1);
   }
+  return names;
+}
+
+/// A file system without attributes has none.
+std::optional<std::vector<std::string>> namesWhereSupported(int file) {
+  auto names = attributeNames(file);
+  if (!names && isUnsupported(errno)) names.emplace();
   return names;
 }
 
@@ -137,17 +147,32 @@ void keepFlags(int from, int to) {
 
 }  // namespace
 
+std::optional<FileAttributes> fileAttributes(int file) {
+  struct stat status = {};
+  if (fstat(file, &status) != 0) return std::nullopt;
+  const auto names = namesWhereSupported(file);
+  if (!names) return std::nullopt;
+  FileAttributes attributes{status.st_uid, status.st_gid, status.st_mode & kModeBits, {}};
+  for (const std::string& name : *names) {
+    if (!isUsers(name) && !isAccessList(name)) continue;
+    auto value = attribute(file, name);
+    // It may have gone since it was listed.
+    if (!value && errno == ENODATA) continue;
+    if (!value) return std::nullopt;
+    attributes.named.emplace(name, std::move(*value));
+  }
+  return attributes;
+}
+
 int keepAttributes(int from, int to) {
   struct stat old = {};
   struct stat fresh = {};
   if (fstat(from, &old) != 0 || fstat(to, &fresh) != 0) return errno;
-  auto names = attributeNames(from);
-  if (!names && !isUnsupported(errno)) return errno;
-  if (!names) names.emplace();
+  const auto names = namesWhereSupported(from);
+  if (!names) return errno;
 
   // In this order: the owner of a file that is read only may no longer set user attributes, a new owner
   // clears bits of the mode, and an access list changes those of the group.
-  const auto isUsers = [](std::string_view name) { return name.starts_with(kUser); };
   if (const int error = keepChosen(from, to, *names, isUsers); error != 0) return error;
   if (const int error = keepOwner(to, old, fresh); error != 0) return error;
   if (const int error = dropForeignAccessList(to, *names); error != 0) return error;

@@ -1,6 +1,21 @@
 #pragma once
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace ostra {
+
+/// What `keepAttributes` must keep of a file; compared, it tells whether somebody changed any of it.
+struct FileAttributes {
+  unsigned user = 0, group = 0, mode = 0;
+  std::map<std::string, std::vector<char>> named;
+
+  bool operator==(const FileAttributes&) const = default;
+};
+
+/// Nothing, with errno set, when the system does not say.
+std::optional<FileAttributes> fileAttributes(int file);
 
 /// Gives the file open at `to` the owner, group, mode, access list and extended attributes of the one open at
 /// `from`. Security labels and the flags that file systems keep are given where that is allowed. Attributes

@@ -42,6 +42,15 @@ std::optional<OpenFile> openRegularFile(const Entry& entry, const URL& original)
   return OpenFile{std::move(file), fileVersionOf(status)};
 }
 
+/// Seen before it is copied: what somebody changes in between is then either copied or noticed.
+SeenFile keepLooks(const OpenFile& old, const OpenFile& fresh, const URL& original) {
+  const auto attributes = fileAttributes(old.file.get());
+  if (!attributes) throw writeError(errno, original);
+  const int error = keepAttributes(old.file.get(), fresh.file.get());
+  if (error != 0) throw writeError(error, original);
+  return {old.version, *attributes, old.file.get()};
+}
+
 void makeDurable(const OpenFile& fresh, const URL& original) {
   const int error = Service<FileCalls>::current().sync(fresh.file.get());
   if (error != 0) throw writeError(error, original);
@@ -62,13 +71,10 @@ void replaceFile(const URL& original, const std::string& newItem) {
   const auto& expected = original.fileVersion();
   if (expected && (!old || old->version != *expected)) throw changedFileError(original);
 
-  if (old) {
-    const int error = keepAttributes(old->file.get(), fresh->file.get());
-    if (error != 0) throw writeError(error, original);
-  }
+  const auto seen = old ? std::optional(keepLooks(*old, *fresh, original)) : std::nullopt;
   makeDurable(*fresh, original);
   const FileSwap swap(folder, newName, name, fresh->file.get());
-  const SwapResult result = old ? swap.takePlaceOf(old->version) : swap.moveToNewName();
+  const SwapResult result = seen ? swap.takePlaceOf(*seen) : swap.moveToNewName();
   if (result.changed) throw changedFileError(original);
   if (result.error != 0) throw writeError(result.error, original);
 }

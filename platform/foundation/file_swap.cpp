@@ -17,9 +17,10 @@ bool isUnknownCall(int error) { return error == EINVAL || error == ENOSYS || err
 /// Where files may go one way only, as between project quotas, an exchange is EXDEV and a rename works.
 bool isExchangeImpossible(int error) { return isUnknownCall(error) || error == EXDEV; }
 
-bool holds(const Entry& entry, const FileVersion& version) {
+/// Moving a file changes its time of change, so what that time would tell is compared piece by piece.
+bool holds(const Entry& entry, const SeenFile& old) {
   const auto now = entryVersion(entry.folder, entry.name);
-  return now && isSameContents(*now, version);
+  return now && isSameContents(*now, old.version) && fileAttributes(old.file) == old.attributes;
 }
 
 /// A second name of the old file while a plain rename is not on the disk yet.
@@ -32,7 +33,7 @@ Entry safetyName(const Entry& fresh) {
 FileSwap::FileSwap(const Folder& folder, Entry fresh, Entry name, int file)
     : folder_(folder), fresh_(std::move(fresh)), name_(std::move(name)), file_(file) {}
 
-SwapResult FileSwap::takePlaceOf(const FileVersion& old) const {
+SwapResult FileSwap::takePlaceOf(const SeenFile& old) const {
   const int error = calls().exchange(fresh_, name_);
   if (isExchangeImpossible(error)) return renameOver(old);
   if (error != 0) return {error};
@@ -59,7 +60,7 @@ SwapResult FileSwap::moveToNewName() const {
   return {error != 0 ? error : folder_.sync(file_)};
 }
 
-SwapResult FileSwap::renameOver(const FileVersion& old) const {
+SwapResult FileSwap::renameOver(const SeenFile& old) const {
   const Entry safety = safetyName(fresh_);
   const bool safe = calls().link(name_, safety) == 0;
   int error = 0;

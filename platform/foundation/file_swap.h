@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/foundation/file_attributes.h"
 #include "platform/foundation/file_calls.h"
 #include "platform/foundation/folder.h"
 #include "platform/foundation/url.h"
@@ -11,6 +12,13 @@ struct SwapResult {
   bool changed = false;
 };
 
+/// The old file as it was seen when its attributes were kept. It is open at `file`.
+struct SeenFile {
+  FileVersion version;
+  FileAttributes attributes;
+  int file = -1;
+};
+
 /// The last step of a replacement: a finished file takes its lasting name.
 class FileSwap {
  public:
@@ -20,12 +28,12 @@ class FileSwap {
 
   /// The new file for the old one, on the disk when this returns without an error. Else the old file has its
   /// name, in the state in which its user left it.
-  SwapResult takePlaceOf(const FileVersion& old) const;
+  SwapResult takePlaceOf(const SeenFile& old) const;
   /// The same for a name that is free.
   SwapResult moveToNewName() const;
 
  private:
-  SwapResult renameOver(const FileVersion& old) const;
+  SwapResult renameOver(const SeenFile& old) const;
   void undoExchange() const;
   void undoRename(const Entry& safety) const;
   bool isFreshAt(const Entry& entry) const;

@@ -173,6 +173,19 @@ TEST_P(ChangedMeanwhile, BeforeAPlainRenameItStays) {
 
 INSTANTIATE_TEST_SUITE_P(ByAnotherProgram, ChangedMeanwhile, ::testing::Values(replaceByAnother, writeInto));
 
+TEST_F(Rewriting, PutsBackAFileWhoseModeWasChangedAfterTheLastLook) {
+  for (const int unknownExchange : {0, EINVAL}) {
+    const URL original = makePicture("a.png");
+    FaultyFileCalls calls(FaultyFileCalls::failingAll("exchange", unknownExchange));
+    calls.runBefore("exchange", [&] { chmod(picture("a.png").c_str(), 0604); });
+    const Service<FileCalls>::Override override(calls);
+    EXPECT_EQ(codeOf([&] { rewrite(original); }), NSFileWriteUnknownError);
+    EXPECT_EQ(textOf(picture("a.png")), kOld);
+    EXPECT_EQ(fs::status(picture("a.png")).permissions(), fs::perms(0604));
+    fs::remove(picture("a.png"));
+  }
+}
+
 TEST_F(Rewriting, KeepsTheNewestFileWhenTwoOthersCameBetween) {
   const URL original = makePicture("a.png");
   FaultyFileCalls calls;

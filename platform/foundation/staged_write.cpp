@@ -113,6 +113,8 @@ std::optional<NSError> writeRelatedItem(const URL& destination, const URL& prima
   struct stat status = {};
   if (stat(destination.path().c_str(), &status) != 0) {
     if (errno != ENOENT) return writeError(errno, destination);
+    // The source itself, which somebody removed meanwhile, is not brought back.
+    if (destination.path() == primary.path()) return changedFileError(destination);
     accessor(destination);
     return std::nullopt;
   }

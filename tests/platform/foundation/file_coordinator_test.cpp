@@ -174,6 +174,15 @@ TEST_F(Coordination, OfTheSourceThatWasChangedIsRefused) {
   EXPECT_EQ(textOf(picture("x.jpg")), "theirs");
 }
 
+TEST_F(Coordination, OfTheSourceThatWasRemovedIsRefused) {
+  const URL source = makePicture("a.jpg");
+  fs::remove(picture("a.jpg"));
+  const Written run = coordinate(std::make_shared<Presenter>(source, source), source, writeNew);
+  EXPECT_EQ(run.code, NSFileWriteUnknownError);
+  EXPECT_FALSE(run.given);
+  EXPECT_EQ(pictureNames(), "");
+}
+
 TEST_F(Coordination, OfASiblingThatChangesMeanwhileKeepsTheChange) {
   makePicture("a.webp");
   makePicture("a.png");

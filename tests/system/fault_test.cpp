@@ -71,6 +71,11 @@ TEST_P(Faults, AnErrorFromAnyCallLeavesEveryPictureWholeAndTheStatusTrue) {
   }
 }
 
+TEST(FaultInjector, SeesAProcessThatIsLeftBehind) {
+  if (!canInjectFaults()) GTEST_SKIP() << "this machine does not let a test change another program's calls";
+  EXPECT_EQ(runWithFault({"sh", "-c", "sleep 60 &"}, {}).leftBehind, 1);
+}
+
 INSTANTIATE_TEST_SUITE_P(Roads, Faults, testing::ValuesIn(kRoads),
                          [](const testing::TestParamInfo<Road>& road) {
                            std::string name = road.param.name;

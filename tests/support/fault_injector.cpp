@@ -110,23 +110,38 @@ class Tracer {
 
  private:
   struct Thread {
-    bool inCall = false;
     std::optional<int> pretend;  // what the call gives back, whatever it did
     bool seen = false;
     bool interrupted = false;  // when the fault last met it
   };
 
-  static void resume(pid_t tracee, int signal) { ptrace(PTRACE_SYSCALL, tracee, nullptr, signal); }
+  // Every stop costs two switches between processes: calls are looked at only as long as one may count.
+  void resume(pid_t tracee, int signal) {
+    const bool mustAnswer = threads_[tracee].pretend.has_value();
+    ptrace(mustAnswer || looksAtCalls() ? PTRACE_SYSCALL : PTRACE_CONT, tracee, nullptr, signal);
+  }
+
+  bool looksAtCalls() const {
+    if (injection_.armsInThread && !hasThreads_) return false;
+    const bool isOver = run_.struck && !injection_.fault->lasting;
+    return !isOver || injection_.flushesAreEmpty || injection_.exchangeIsUnknown;
+  }
+
+  static bool isEntering(pid_t tracee) {
+    __ptrace_syscall_info call{};
+    const auto size = reinterpret_cast<void*>(sizeof call);
+    return ptrace(PTRACE_GET_SYSCALL_INFO, tracee, size, &call) > 0 && call.op == PTRACE_SYSCALL_INFO_ENTRY;
+  }
 
   // The signal to hand on.
   int stopped(pid_t tracee, int signal, int event) {
     Thread& thread = threads_[tracee];
     const bool first = !std::exchange(thread.seen, true);
     if (signal == (SIGTRAP | 0x80)) {
-      thread.inCall = !thread.inCall;
-      thread.inCall ? entered(tracee, thread) : left(tracee, thread);
+      isEntering(tracee) ? entered(tracee, thread) : left(tracee, thread);
       return 0;
     }
+    if (event == PTRACE_EVENT_CLONE) hasThreads_ = true;
     if (event != 0 || signal == SIGTRAP || (first && signal == SIGSTOP)) return 0;
     return signal;
   }
@@ -199,6 +214,7 @@ class Tracer {
 
   pid_t program_;
   const Injection& injection_;
+  bool hasThreads_ = false;
   bool armed_ = false;
   bool ended_ = false;
   std::size_t counted_ = 0;
@@ -243,7 +259,7 @@ FaultedRun runWithFault(const std::vector<std::string>& arguments, const Injecti
   constexpr long kOptions =
       PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
   ptrace(PTRACE_SETOPTIONS, program, nullptr, kOptions);
-  ptrace(PTRACE_SYSCALL, program, nullptr, 0);
+  ptrace(injection.armsInThread ? PTRACE_CONT : PTRACE_SYSCALL, program, nullptr, 0);
   const Watchdog watchdog(program, kPatience);
   FaultedRun run = Tracer(program, injection).run();
   const Bytes errors = readFile(folder.path("err"));

@@ -76,6 +76,7 @@ void FaultScene::prepare() {
 
 FaultedRun FaultScene::run(Injection injection) const {
   injection.armedBy = "/" + std::string(road_.source);
+  injection.armsInThread = true;
   injection.exchangeIsUnknown = !road_.canExchange;
   return program_.runWithFault({road_.action, source()}, injection);
 }

@@ -18,6 +18,7 @@ class Faults : public testing::TestWithParam<Road> {
     if (!canInjectFaults()) GTEST_SKIP() << "this machine does not let a test change another program's calls";
     scene_ = std::make_unique<FaultScene>(GetParam(), std::filesystem::temp_directory_path().string());
     calls_ = scene_->calls(false);
+    ASSERT_GT(calls_.size(), 20U) << "the calls are not seen";
   }
 
   FaultedRun runWith(const Fault& fault) {

@@ -32,7 +32,7 @@ int explain() {
 
 /// Nothing when the words make no sense.
 std::optional<bool> perform(const std::vector<std::string>& words) {
-  const std::string matrix = words.at(0);
+  const std::string& matrix = words.at(0);
   if (matrix == "peers" && words.size() == 2) return runPeers(words[1]);
   if (matrix == "instances" && words.size() == 3)
     return runInstances(words[1], static_cast<unsigned>(std::strtoul(words[2].c_str(), nullptr, 10)));

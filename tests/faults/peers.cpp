@@ -71,7 +71,7 @@ class PeerScene {
   std::unique_ptr<TemporaryFolder> folder_;
 };
 
-void runPeer(const Peer& peer, const InstalledProgram& self, const std::string& folder) {
+bool runPeer(const Peer& peer, const InstalledProgram& self, const std::string& folder) {
   Tally tally("peer-kill", nameOf(peer));
   PeerScene scene(peer, self, folder);
   scene.prepare();
@@ -81,7 +81,7 @@ void runPeer(const Peer& peer, const InstalledProgram& self, const std::string& 
   if (clean.status != 0 || !fresh || fresh->bytes == old->bytes) {
     std::fprintf(stderr, "skipped: %s does not do its work here: %s\n", nameOf(peer).c_str(),
                  clean.errors.c_str());
-    return;
+    return false;
   }
   for (std::size_t call = 0; call < clean.calls.size(); ++call) {
     scene.prepare();
@@ -96,20 +96,24 @@ void runPeer(const Peer& peer, const InstalledProgram& self, const std::string& 
     if (!isNew && (!now || now->bytes != old->bytes)) tally.lost("call " + std::to_string(call), "torn");
   }
   tally.print();
+  return tally.isGood();
 }
 
 }  // namespace
 
 bool runPeers(const std::string& folder) {
   const InstalledProgram self;
+  bool areWeGood = false;
   for (const Peer& peer : peers(self.path())) {
-    if (peer.program == self.path() || haveProgram(peer.program)) {
+    if (peer.program == self.path()) {
+      areWeGood = runPeer(peer, self, folder);
+    } else if (haveProgram(peer.program)) {
       runPeer(peer, self, folder);
     } else {
       std::fprintf(stderr, "skipped: %s is not installed\n", peer.program.c_str());
     }
   }
-  return true;
+  return areWeGood;
 }
 
 }  // namespace ostra::test

@@ -1,10 +1,10 @@
 #pragma once
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <mutex>
 #include <thread>
 
-#include <signal.h>
 #include <sys/types.h>
 
 namespace ostra::test {

@@ -1,18 +1,19 @@
 #include "tests/support/fault_injector.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <condition_variable>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
 #include <map>
-#include <mutex>
 #include <stdexcept>
 #include <string_view>
-#include <thread>
+#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -20,83 +21,57 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/orphans.h"
+#include "tests/support/system_calls.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/watchdog.h"
 
 namespace ostra::test {
 
 #if defined(__x86_64__)
 namespace {
 
-struct NamedCall {
-  long number;
-  std::string_view name;
-};
+constexpr std::chrono::seconds kPatience(30);
 
-/// Every call that looks at, opens, writes, moves or removes files.
-constexpr std::array kFileCalls = {
-    NamedCall{SYS_open, "open"},
-    NamedCall{SYS_openat, "openat"},
-    NamedCall{SYS_read, "read"},
-    NamedCall{SYS_pread64, "pread64"},
-    NamedCall{SYS_write, "write"},
-    NamedCall{SYS_pwrite64, "pwrite64"},
-    NamedCall{SYS_writev, "writev"},
-    NamedCall{SYS_close, "close"},
-    NamedCall{SYS_fstat, "fstat"},
-    NamedCall{SYS_newfstatat, "newfstatat"},
-    NamedCall{SYS_statx, "statx"},
-    NamedCall{SYS_lseek, "lseek"},
-    NamedCall{SYS_ftruncate, "ftruncate"},
-    NamedCall{SYS_fallocate, "fallocate"},
-    NamedCall{SYS_fsync, "fsync"},
-    NamedCall{SYS_fdatasync, "fdatasync"},
-    NamedCall{SYS_mkdir, "mkdir"},
-    NamedCall{SYS_mkdirat, "mkdirat"},
-    NamedCall{SYS_rmdir, "rmdir"},
-    NamedCall{SYS_unlink, "unlink"},
-    NamedCall{SYS_unlinkat, "unlinkat"},
-    NamedCall{SYS_rename, "rename"},
-    NamedCall{SYS_renameat, "renameat"},
-    NamedCall{SYS_renameat2, "renameat2"},
-    NamedCall{SYS_link, "link"},
-    NamedCall{SYS_linkat, "linkat"},
-    NamedCall{SYS_symlink, "symlink"},
-    NamedCall{SYS_readlink, "readlink"},
-    NamedCall{SYS_readlinkat, "readlinkat"},
-    NamedCall{SYS_access, "access"},
-    NamedCall{SYS_faccessat, "faccessat"},
-    NamedCall{SYS_faccessat2, "faccessat2"},
-    NamedCall{SYS_chmod, "chmod"},
-    NamedCall{SYS_fchmod, "fchmod"},
-    NamedCall{SYS_fchmodat, "fchmodat"},
-    NamedCall{SYS_chown, "chown"},
-    NamedCall{SYS_fchown, "fchown"},
-    NamedCall{SYS_fchownat, "fchownat"},
-    NamedCall{SYS_getxattr, "getxattr"},
-    NamedCall{SYS_fgetxattr, "fgetxattr"},
-    NamedCall{SYS_setxattr, "setxattr"},
-    NamedCall{SYS_fsetxattr, "fsetxattr"},
-    NamedCall{SYS_listxattr, "listxattr"},
-    NamedCall{SYS_flistxattr, "flistxattr"},
-    NamedCall{SYS_removexattr, "removexattr"},
-    NamedCall{SYS_fremovexattr, "fremovexattr"},
-    NamedCall{SYS_getdents64, "getdents64"},
-    NamedCall{SYS_utimensat, "utimensat"},
-    NamedCall{SYS_ioctl, "ioctl"},
-    NamedCall{SYS_mmap, "mmap"},
-    NamedCall{SYS_copy_file_range, "copy_file_range"},
-    NamedCall{SYS_statfs, "statfs"},
-    NamedCall{SYS_fstatfs, "fstatfs"},
-};
+using Registers = user_regs_struct;
 
-std::optional<std::string_view> fileCall(const user_regs_struct& registers) {
-  const long number = static_cast<long>(registers.orig_rax);
+long numberOf(const Registers& registers) { return static_cast<long>(registers.orig_rax); }
+
+/// Whether the call is one on the program's own input, output or error.
+bool isOnTerminal(const Registers& registers) {
+  const long number = numberOf(registers);
+  return (number == SYS_write || number == SYS_writev || number == SYS_read || number == SYS_fstat ||
+          number == SYS_newfstatat || number == SYS_ioctl || number == SYS_close) &&
+         registers.rdi <= STDERR_FILENO;
+}
+
+/// Whether the call wakes or waits for a thread through an event descriptor: the kernel never fails that.
+bool isOnEvent(pid_t tracee, const Registers& registers) {
+  if (numberOf(registers) != SYS_write && numberOf(registers) != SYS_read) return false;
+  std::error_code none;
+  const std::string link = "/proc/" + std::to_string(tracee) + "/fd/" + std::to_string(registers.rdi);
+  return std::filesystem::read_symlink(link, none).native().starts_with("anon_inode:");
+}
+
+/// Empty for a call that is none on a file.
+std::string nameOfFileCall(pid_t tracee, const Registers& registers) {
+  const long number = numberOf(registers);
   // Anonymous memory is no file.
-  if (number == SYS_mmap && static_cast<int>(registers.r8) < 0) return std::nullopt;
-  for (const NamedCall& call : kFileCalls) {
-    if (call.number == number) return call.name;
-  }
-  return std::nullopt;
+  if (number == SYS_mmap && static_cast<int>(registers.r8) < 0) return {};
+  std::string name(fileCallName(number));
+  if (isOnEvent(tracee, registers)) return {};
+  if (!name.empty() && isOnTerminal(registers)) name += " of the terminal";
+  return name;
+}
+
+std::string nameOf(pid_t tracee, const Registers& registers, bool ofAnyCall) {
+  std::string name = nameOfFileCall(tracee, registers);
+  if (name.empty() && ofAnyCall) name = "number " + std::to_string(numberOf(registers));
+  return name;
+}
+
+bool isExchange(const Registers& registers) {
+  return numberOf(registers) == SYS_renameat2 && (registers.r8 & RENAME_EXCHANGE) != 0;
 }
 
 std::string textAt(pid_t tracee, unsigned long address) {
@@ -109,94 +84,121 @@ std::string textAt(pid_t tracee, unsigned long address) {
   return text.data();
 }
 
-constexpr auto kPatience = std::chrono::seconds(30);
-
-/// Ends a program that hangs, so that a test fails instead of waiting for ever.
-class Watchdog {
- public:
-  explicit Watchdog(pid_t program) : thread_([this, program] { watch(program); }) {}
-  ~Watchdog() {
-    {
-      const std::lock_guard lock(mutex_);
-      over_ = true;
-    }
-    ended_.notify_one();
-    thread_.join();
-  }
-  Watchdog(const Watchdog&) = delete;
-  Watchdog& operator=(const Watchdog&) = delete;
-
- private:
-  void watch(pid_t program) {
-    std::unique_lock lock(mutex_);
-    if (!ended_.wait_for(lock, kPatience, [this] { return over_; })) kill(program, SIGABRT);
-  }
-
-  std::mutex mutex_;
-  std::condition_variable ended_;
-  bool over_ = false;
-  std::thread thread_;
-};
-
 /// Watches one program to its end.
 class Tracer {
  public:
-  Tracer(pid_t program, std::string armedBy, const std::optional<Fault>& fault)
-      : program_(program), armedBy_(std::move(armedBy)), fault_(fault) {}
+  Tracer(pid_t program, const Injection& injection) : program_(program), injection_(injection) {}
 
   FaultedRun run() {
-    while (true) {
+    while (!ended_) {
       int status = 0;
       const pid_t tracee = waitpid(-1, &status, __WALL);
-      if (tracee < 0) {
-        if (errno == EINTR) continue;
-        return run_;
-      }
+      if (tracee < 0 && errno == EINTR) continue;
+      if (tracee < 0) break;
       if (WIFSTOPPED(status)) {
         resume(tracee, stopped(tracee, WSTOPSIG(status), status >> 16));
-      } else if (tracee == program_) {
-        run_.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        continue;
       }
+      threads_.erase(tracee);
+      if (tracee != program_) continue;
+      ended_ = true;
+      run_.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
+    run_.leftBehind = Orphanage::endChildren();
+    return run_;
   }
 
  private:
   struct Thread {
-    bool inCall = false;
-    std::optional<int> pretend;  // the error that the skipped call gives back
+    std::optional<int> pretend;  // what the call gives back, whatever it did
     bool seen = false;
+    bool interrupted = false;  // when the fault last met it
   };
 
-  static void resume(pid_t tracee, int signal) { ptrace(PTRACE_SYSCALL, tracee, nullptr, signal); }
+  // Every stop costs two switches between processes: calls are looked at only as long as one may count.
+  void resume(pid_t tracee, int signal) {
+    const bool mustAnswer = threads_[tracee].pretend.has_value();
+    ptrace(mustAnswer || looksAtCalls() ? PTRACE_SYSCALL : PTRACE_CONT, tracee, nullptr, signal);
+  }
+
+  bool looksAtCalls() const {
+    if (injection_.armsInThread && !hasThreads_) return false;
+    const bool isOver = run_.struck && !injection_.fault->lasting;
+    return !isOver || injection_.flushesAreEmpty || injection_.exchangeIsUnknown;
+  }
+
+  static bool isEntering(pid_t tracee) {
+    __ptrace_syscall_info call{};
+    const auto size = reinterpret_cast<void*>(sizeof call);
+    return ptrace(PTRACE_GET_SYSCALL_INFO, tracee, size, &call) > 0 && call.op == PTRACE_SYSCALL_INFO_ENTRY;
+  }
 
   // The signal to hand on.
   int stopped(pid_t tracee, int signal, int event) {
     Thread& thread = threads_[tracee];
     const bool first = !std::exchange(thread.seen, true);
     if (signal == (SIGTRAP | 0x80)) {
-      thread.inCall = !thread.inCall;
-      thread.inCall ? entered(tracee, thread) : left(tracee, thread);
+      isEntering(tracee) ? entered(tracee, thread) : left(tracee, thread);
       return 0;
     }
+    if (event == PTRACE_EVENT_CLONE) hasThreads_ = true;
     if (event != 0 || signal == SIGTRAP || (first && signal == SIGSTOP)) return 0;
     return signal;
   }
 
   void entered(pid_t tracee, Thread& thread) {
-    user_regs_struct registers{};
+    Registers registers{};
     if (ptrace(PTRACE_GETREGS, tracee, nullptr, &registers) != 0) return;
-    const auto call = fileCall(registers);
-    if (!call) return;
-    if (!armed_) armed_ = *call == "openat" && textAt(tracee, registers.rsi).ends_with(armedBy_);
-    if (!armed_) return;
-    const std::size_t index = run_.calls.size();
-    run_.calls.emplace_back(*call);
-    if (!fault_ || fault_->at != index) return;
-    if (!fault_->error) {
-      kill(program_, SIGKILL);
-      return;
+    const std::string name = nameOf(tracee, registers, injection_.countsAllCalls);
+    if (!armed_) {
+      armed_ = name.starts_with("open") &&
+               textAt(tracee, name == "open" ? registers.rdi : registers.rsi).ends_with(injection_.armedBy);
     }
-    thread.pretend = fault_->error;
+    if (armed_ && !name.empty() && isStruck(name, registers)) return strike(tracee, thread, registers);
+    if (injection_.flushesAreEmpty && isFlush(numberOf(registers))) skip(tracee, thread, registers, 0);
+    if (injection_.exchangeIsUnknown && isExchange(registers)) skip(tracee, thread, registers, -EINVAL);
+  }
+
+  // Counts the call.
+  bool isStruck(const std::string& name, const Registers& registers) {
+    run_.calls.push_back(name);
+    if (!injection_.fault) return false;
+    const Fault& fault = *injection_.fault;
+    if (!fault.call.empty() && fault.call != name) return false;
+    const std::size_t index = counted_++;
+    return fault.lasting ? index >= fault.at && !isOnTerminal(registers) : index == fault.at;
+  }
+
+  void strike(pid_t tracee, Thread& thread, Registers& registers) {
+    const Fault& fault = *injection_.fault;
+    switch (fault.kind) {
+      case Fault::Kind::death:
+        run_.struck = true;
+        kill(program_, SIGKILL);
+        return;
+      case Fault::Kind::error:
+        if (fault.lasting && fault.error == EINTR && std::exchange(thread.interrupted, !thread.interrupted))
+          return;
+        run_.struck = true;
+        skip(tracee, thread, registers, -fault.error);
+        return;
+      case Fault::Kind::shortWrite:
+        if (!isCountedWrite(numberOf(registers)) || registers.rdx < 2) return;
+        run_.struck = true;
+        registers.rdx /= 2;
+        ptrace(PTRACE_SETREGS, tracee, nullptr, &registers);
+        return;
+      case Fault::Kind::pause:
+        run_.struck = true;
+        fault.meanwhile(program_);
+        return;
+    }
+  }
+
+  static void skip(pid_t tracee, Thread& thread, Registers& registers, int answer) {
+    thread.pretend = answer;
+    // A descriptor is free after a closing that failed, too.
+    if (numberOf(registers) == SYS_close) return;
     registers.orig_rax = static_cast<unsigned long long>(-1);  // no such call: the kernel does nothing
     ptrace(PTRACE_SETREGS, tracee, nullptr, &registers);
   }
@@ -204,16 +206,18 @@ class Tracer {
   static void left(pid_t tracee, Thread& thread) {
     const auto pretend = std::exchange(thread.pretend, std::nullopt);
     if (!pretend) return;
-    user_regs_struct registers{};
+    Registers registers{};
     if (ptrace(PTRACE_GETREGS, tracee, nullptr, &registers) != 0) return;
-    registers.rax = static_cast<unsigned long long>(-*pretend);
+    registers.rax = static_cast<unsigned long long>(*pretend);
     ptrace(PTRACE_SETREGS, tracee, nullptr, &registers);
   }
 
   pid_t program_;
-  std::string armedBy_;
-  std::optional<Fault> fault_;
+  const Injection& injection_;
+  bool hasThreads_ = false;
   bool armed_ = false;
+  bool ended_ = false;
+  std::size_t counted_ = 0;
   std::map<pid_t, Thread> threads_;
   FaultedRun run_;
 };
@@ -243,20 +247,21 @@ bool canInjectFaults() {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-FaultedRun runWithFault(const std::vector<std::string>& arguments, const std::string& armedBy,
-                        const std::optional<Fault>& fault, const ProgramOptions& options) {
+FaultedRun runWithFault(const std::vector<std::string>& arguments, const Injection& injection,
+                        const ProgramOptions& options) {
   const TemporaryFolder folder;
+  const Orphanage orphanage;
   const pid_t program = fork();
   if (program < 0) throw std::runtime_error("cannot fork");
   if (program == 0) becomeTracee(arguments, options, folder.path("err"));
   int status = 0;
   waitpid(program, &status, 0);
-  constexpr long kOptions = PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_TRACEFORK |
-                            PTRACE_O_TRACEVFORK | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
+  constexpr long kOptions =
+      PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL;
   ptrace(PTRACE_SETOPTIONS, program, nullptr, kOptions);
-  ptrace(PTRACE_SYSCALL, program, nullptr, 0);
-  const Watchdog watchdog(program);
-  FaultedRun run = Tracer(program, armedBy, fault).run();
+  ptrace(injection.armsInThread ? PTRACE_CONT : PTRACE_SYSCALL, program, nullptr, 0);
+  const Watchdog watchdog(program, kPatience);
+  FaultedRun run = Tracer(program, injection).run();
   const Bytes errors = readFile(folder.path("err"));
   run.errors.assign(errors.begin(), errors.end());
   return run;
@@ -264,8 +269,7 @@ FaultedRun runWithFault(const std::vector<std::string>& arguments, const std::st
 
 #else
 bool canInjectFaults() { return false; }
-FaultedRun runWithFault(const std::vector<std::string>&, const std::string&, const std::optional<Fault>&,
-                        const ProgramOptions&) {
+FaultedRun runWithFault(const std::vector<std::string>&, const Injection&, const ProgramOptions&) {
   throw std::runtime_error("this machine's calls cannot be changed");
 }
 #endif

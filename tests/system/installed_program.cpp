@@ -6,19 +6,21 @@ namespace ostra::test {
 
 namespace fs = std::filesystem;
 
-InstalledProgram::InstalledProgram() : path_(folder_.path("bin/ostra")) {
+InstalledProgram::InstalledProgram() : InstalledProgram(std::string()) {}
+
+InstalledProgram::InstalledProgram(const std::string& home)
+    : path_(folder_.path("bin/ostra")), home_(home.empty() ? folder_.path("home") : home) {
   fs::create_directories(folder_.path("bin"));
   fs::create_directories(folder_.path("share/ostra"));
-  fs::create_directories(folder_.path("home"));
+  fs::create_directories(home_);
   fs::copy_file(OSTRA_PROGRAM, path_);
   fs::copy(OSTRA_BUNDLES, folder_.path("share/ostra/bundles"), fs::copy_options::recursive);
   fs::permissions(folder_.path(), fs::perms(0755));
-  fs::permissions(folder_.path("home"), fs::perms(0777));
+  fs::permissions(home_, fs::perms(0777));
 }
 
 std::vector<std::string> InstalledProgram::environment() const {
-  const std::string home = folder_.path("home");
-  return {"HOME=" + home, "XDG_CACHE_HOME=" + home + "/cache", "XDG_CONFIG_HOME=" + home + "/config",
+  return {"HOME=" + home_, "XDG_CACHE_HOME=" + home_ + "/cache", "XDG_CONFIG_HOME=" + home_ + "/config",
           "LC_ALL=C.UTF-8"};
 }
 
@@ -30,13 +32,12 @@ ProgramResult InstalledProgram::run(const std::vector<std::string>& arguments, P
 }
 
 FaultedRun InstalledProgram::runWithFault(const std::vector<std::string>& arguments,
-                                          const std::string& armedBy,
-                                          const std::optional<Fault>& fault) const {
+                                          const Injection& injection) const {
   std::vector<std::string> words = {path_};
   words.insert(words.end(), arguments.begin(), arguments.end());
   ProgramOptions options;
   options.environment = environment();
-  return test::runWithFault(words, armedBy, fault, options);
+  return test::runWithFault(words, injection, options);
 }
 
 }  // namespace ostra::test

@@ -12,16 +12,19 @@ namespace ostra::test {
 class InstalledProgram {
  public:
   InstalledProgram();
+  /// With the home in another folder, for tests that need it on a certain file system.
+  explicit InstalledProgram(const std::string& home);
 
   ProgramResult run(const std::vector<std::string>& arguments, ProgramOptions options = {}) const;
-  FaultedRun runWithFault(const std::vector<std::string>& arguments, const std::string& armedBy,
-                          const std::optional<Fault>& fault) const;
+  FaultedRun runWithFault(const std::vector<std::string>& arguments, const Injection& injection) const;
   const std::string& path() const { return path_; }
+  const std::string& home() const { return home_; }
   std::vector<std::string> environment() const;
 
  private:
   TemporaryFolder folder_;
   std::string path_;
+  std::string home_;
 };
 
 }  // namespace ostra::test

@@ -1,0 +1,30 @@
+#pragma once
+#include <array>
+#include <ostream>
+#include <string_view>
+
+namespace ostra::test {
+
+/// One way of a picture through the program: what it starts from and what it makes.
+struct Road {
+  const char* name;
+  const char* action;
+  const char* source;       // the picture that is given
+  const char* destination;  // the file that is written
+  bool destinationExists = true;
+  bool cacheIsElsewhere = false;  // on another file system than the picture
+  bool canExchange = true;
+};
+
+inline void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
+
+inline constexpr std::array kRoads = {
+    Road{"in-place", "invert", "a.png", "a.png"},
+    Road{"in-place-beside", "invert", "a.png", "a.png", true, true},
+    Road{"in-place-by-rename", "invert", "a.png", "a.png", true, false, false},
+    Road{"new-sibling", "srgb-jpg", "a.png", "a.jpg", false},
+    Road{"existing-sibling", "srgb-jpg", "a.png", "a.jpg"},
+    Road{"disguised-source", "jpg", "x.jpg", "x.jpg"},
+};
+
+}  // namespace ostra::test

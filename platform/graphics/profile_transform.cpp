@@ -3,20 +3,13 @@
 #include <atomic>
 #include <utility>
 
-#include <lcms2.h>
-
+#include "platform/graphics/library_memory.h"
 #include "platform/graphics/shaper.h"
 
 namespace ostra {
 namespace {
 
 constexpr cmsUInt32Number exactly = cmsFLAGS_NOOPTIMIZE;
-
-/// Never freed: transforms of static lifetime refer to it.
-cmsContext library() {
-  static const cmsContext context = cmsCreateContext(nullptr, nullptr);
-  return context;
-}
 
 struct CloseProfile {
   void operator()(void* profile) const { cmsCloseProfile(profile); }
@@ -29,7 +22,7 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 
 Profile openProfile(ByteView bytes) {
   return Profile(
-      cmsOpenProfileFromMemTHR(library(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+      cmsOpenProfileFromMemTHR(colorLibrary(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
 }
 
 cmsUInt32Number components(const Profile& profile) { return cmsChannelsOf(cmsGetColorSpace(profile.get())); }
@@ -67,9 +60,9 @@ cmsUInt32Number libraryIntent(CGColorRenderingIntent intent) {
 }
 
 bool convertsFrom(const Profile& profile) {
-  const Profile lab(cmsCreateLab4ProfileTHR(library(), nullptr));
+  const Profile lab(cmsCreateLab4ProfileTHR(colorLibrary(), nullptr));
   if (!lab) return false;
-  const Transform transform(cmsCreateTransformTHR(library(), profile.get(), format16(profile), lab.get(),
+  const Transform transform(cmsCreateTransformTHR(colorLibrary(), profile.get(), format16(profile), lab.get(),
                                                   TYPE_Lab_16, INTENT_PERCEPTUAL, exactly));
   return transform != nullptr;
 }
@@ -98,18 +91,24 @@ ProfileTransform::ProfileTransform() {
 }
 
 bool libraryConvertsFrom(ByteView bytes) {
+  const LibraryWork work;
   const Profile profile = openProfile(bytes);
-  return profile && convertsFrom(profile);
+  const bool converts = profile && convertsFrom(profile);
+  work.check();
+  return converts;
 }
 
 std::shared_ptr<const ProfileTransform> ProfileTransform::create(ByteView source, ByteView destination,
                                                                  CGColorRenderingIntent intent) {
   const auto chosen = libraryIntent(intent);
+  const LibraryWork work;
   const Profile from = openWithoutBlackPointRule(source, chosen);
   const Profile to = openWithoutBlackPointRule(destination, chosen);
-  if (!from || !to) return nullptr;
-  Transform transform(
-      cmsCreateTransformTHR(library(), from.get(), format16(from), to.get(), format16(to), chosen, exactly));
+  Transform transform;
+  if (from && to)
+    transform.reset(cmsCreateTransformTHR(colorLibrary(), from.get(), format16(from), to.get(), format16(to),
+                                          chosen, exactly));
+  work.check();
   if (!transform) return nullptr;
   return std::make_shared<LibraryTransform>(std::move(transform), components(from), components(to));
 }

@@ -11,19 +11,17 @@ namespace {
 /// What the library itself takes for too much: no profile needs it.
 constexpr cmsUInt32Number most = 512u << 20;
 
-thread_local bool lacked = false;
-
-void* noted(void* memory) {
-  lacked = lacked || memory == nullptr;
+void* orThrow(void* memory) {
+  if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
 
 void* allocate(cmsContext, cmsUInt32Number size) {
-  return size == 0 || size > most ? nullptr : noted(std::malloc(size));
+  return size == 0 || size > most ? nullptr : orThrow(std::malloc(size));
 }
 
 void* reallocate(cmsContext, void* memory, cmsUInt32Number size) {
-  return size > most ? nullptr : noted(std::realloc(memory, size));
+  return size == 0 || size > most ? nullptr : orThrow(std::realloc(memory, size));
 }
 
 void release(cmsContext, void* memory) { std::free(memory); }
@@ -46,12 +44,6 @@ cmsContext makeContext() {
 cmsContext colorLibrary() {
   static const cmsContext context = makeContext();
   return context;
-}
-
-LibraryWork::LibraryWork() { lacked = false; }
-
-void LibraryWork::check() const {
-  if (lacked) throw std::bad_alloc();
 }
 
 }  // namespace ostra

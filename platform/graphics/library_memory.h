@@ -5,16 +5,10 @@ namespace ostra {
 
 /// The context that the colour library works in. Never freed: transforms of static lifetime refer to it.
 /// Throws `std::bad_alloc`.
+///
+/// So does every call of the library in this context that lacks memory. Left to itself it would take a failed
+/// allocation for a fault of the profile and go on with other colours, or use what it did not get. What it
+/// had begun is lost then; profiles can be closed as ever.
 cmsContext colorLibrary();
-
-/// A piece of work of the colour library on this thread. The library takes a failed allocation for a fault of
-/// the profile and goes on where it can, which would be other colours: so whoever asks it for something asks
-/// afterwards whether it had the memory.
-class LibraryWork {
- public:
-  LibraryWork();
-  /// Throws `std::bad_alloc` when the library lacked memory since this was made.
-  void check() const;
-};
 
 }  // namespace ostra

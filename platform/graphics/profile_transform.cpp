@@ -91,24 +91,18 @@ ProfileTransform::ProfileTransform() {
 }
 
 bool libraryConvertsFrom(ByteView bytes) {
-  const LibraryWork work;
   const Profile profile = openProfile(bytes);
-  const bool converts = profile && convertsFrom(profile);
-  work.check();
-  return converts;
+  return profile && convertsFrom(profile);
 }
 
 std::shared_ptr<const ProfileTransform> ProfileTransform::create(ByteView source, ByteView destination,
                                                                  CGColorRenderingIntent intent) {
   const auto chosen = libraryIntent(intent);
-  const LibraryWork work;
   const Profile from = openWithoutBlackPointRule(source, chosen);
   const Profile to = openWithoutBlackPointRule(destination, chosen);
-  Transform transform;
-  if (from && to)
-    transform.reset(cmsCreateTransformTHR(colorLibrary(), from.get(), format16(from), to.get(), format16(to),
-                                          chosen, exactly));
-  work.check();
+  if (!from || !to) return nullptr;
+  Transform transform(cmsCreateTransformTHR(colorLibrary(), from.get(), format16(from), to.get(),
+                                            format16(to), chosen, exactly));
   if (!transform) return nullptr;
   return std::make_shared<LibraryTransform>(std::move(transform), components(from), components(to));
 }

@@ -41,7 +41,7 @@ cmsContext makeContext() {
 
 }  // namespace
 
-cmsContext colorLibrary() {
+void* colorLibrary() {
   static const cmsContext context = makeContext();
   return context;
 }

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <utility>
 
+#include <lcms2.h>
+
 #include "platform/graphics/library_memory.h"
 #include "platform/graphics/shaper.h"
 
@@ -10,6 +12,8 @@ namespace ostra {
 namespace {
 
 constexpr cmsUInt32Number exactly = cmsFLAGS_NOOPTIMIZE;
+
+cmsContext library() { return static_cast<cmsContext>(colorLibrary()); }
 
 struct CloseProfile {
   void operator()(void* profile) const { cmsCloseProfile(profile); }
@@ -22,7 +26,7 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 
 Profile openProfile(ByteView bytes) {
   return Profile(
-      cmsOpenProfileFromMemTHR(colorLibrary(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+      cmsOpenProfileFromMemTHR(library(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
 }
 
 cmsUInt32Number components(const Profile& profile) { return cmsChannelsOf(cmsGetColorSpace(profile.get())); }
@@ -60,9 +64,9 @@ cmsUInt32Number libraryIntent(CGColorRenderingIntent intent) {
 }
 
 bool convertsFrom(const Profile& profile) {
-  const Profile lab(cmsCreateLab4ProfileTHR(colorLibrary(), nullptr));
+  const Profile lab(cmsCreateLab4ProfileTHR(library(), nullptr));
   if (!lab) return false;
-  const Transform transform(cmsCreateTransformTHR(colorLibrary(), profile.get(), format16(profile), lab.get(),
+  const Transform transform(cmsCreateTransformTHR(library(), profile.get(), format16(profile), lab.get(),
                                                   TYPE_Lab_16, INTENT_PERCEPTUAL, exactly));
   return transform != nullptr;
 }
@@ -101,8 +105,8 @@ std::shared_ptr<const ProfileTransform> ProfileTransform::create(ByteView source
   const Profile from = openWithoutBlackPointRule(source, chosen);
   const Profile to = openWithoutBlackPointRule(destination, chosen);
   if (!from || !to) return nullptr;
-  Transform transform(cmsCreateTransformTHR(colorLibrary(), from.get(), format16(from), to.get(),
-                                            format16(to), chosen, exactly));
+  Transform transform(
+      cmsCreateTransformTHR(library(), from.get(), format16(from), to.get(), format16(to), chosen, exactly));
   if (!transform) return nullptr;
   return std::make_shared<LibraryTransform>(std::move(transform), components(from), components(to));
 }

@@ -119,7 +119,8 @@ bool run(JpegDecoding& decoding, ByteView file, const Layout& layout, std::uint8
   inverted = library.out_color_space == JCS_CMYK && library.saw_Adobe_marker;
   readRows(library, pixels, layout.bytesPerRow);
   jpeg_finish_decompress(&library);
-  return !(decoding.ranOut && severalScans);
+  // An arithmetic decoder takes whatever is missing for zeros and never warns.
+  return !(decoding.ranOut && (severalScans || library.arith_code));
 }
 
 std::optional<Layout> decodedLayout(const JpegFrame& frame) {

@@ -23,7 +23,7 @@ struct Sample {
 
 void PrintTo(const Sample& sample, std::ostream* out) { *out << sample.name; }
 
-constexpr std::size_t kEndMark = 2;  // of a JPEG of one scan
+constexpr std::size_t kEndMark = 2;  // of a JPEG of one scan of Huffman codes
 
 class Truncation : public testing::TestWithParam<Sample> {
  protected:
@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
                            },
                            kEndMark},
                     Sample{"ProgressiveJpeg", [] { return test::jpegOf({"-progressive"}); }, 0},
-                    Sample{"ArithmeticJpeg", [] { return test::jpegOf({"-arithmetic"}); }, kEndMark},
+                    Sample{"ArithmeticJpeg", [] { return test::jpegOf({"-arithmetic"}); }, 0},
                     Sample{"ArithmeticProgressiveJpeg",
                            [] {
                              return test::jpegOf({"-arithmetic", "-progressive"});

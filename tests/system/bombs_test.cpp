@@ -27,7 +27,7 @@ using testing::HasSubstr;
 /// As long as so many conversions of a picture of a megapixel, in the same run.
 constexpr double kFewConversions = 10;
 /// For each process, the program and its decoder.
-constexpr std::size_t kMostMemory = std::size_t{384} << 20;
+constexpr std::size_t kMostMemory = std::size_t{256} << 20;
 
 struct Timed {
   ProgramResult result;

@@ -216,7 +216,7 @@ std::vector<Bomb> metadataBombs() {
       {"ProfileOfSixteenMegabytes", "jpg",
        [] {
          Bytes bytes = greedyProfile("mft2");
-         bytes.resize(255 * 65'000);
+         bytes.resize(std::size_t{255} * 65'000);
          putNumber(bytes, 0, static_cast<std::uint32_t>(bytes.size()));
          return profile(bytes, 65'000);
        },

@@ -9,6 +9,8 @@
 namespace ostra::test {
 namespace {
 
+/// Of sixteen gray rows of sixteen, each behind its filter.
+constexpr std::size_t kPixels = 272;
 constexpr std::size_t kMega = std::size_t{1} << 20;
 const Bytes kSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 
@@ -48,7 +50,7 @@ Bytes png(std::initializer_list<Bytes> chunks) {
 
 /// Sixteen gray pixels a side, black.
 Bytes smallPicture(const Bytes& chunks) {
-  return png({header(16, 16, 8, 0), chunks, pngChunk("IDAT", deflatedZeros(16 * 17))});
+  return png({header(16, 16, 8, 0), chunks, pngChunk("IDAT", deflatedZeros(kPixels))});
 }
 
 Bytes repeated(const Bytes& part, std::size_t times) {
@@ -97,7 +99,7 @@ std::vector<Bomb> pngBombs() {
        }},
       {"PngWhosePixelsComeByteByByte", "png",
        [] {
-         const Bytes stream = deflatedZeros(16 * 17);
+         const Bytes stream = deflatedZeros(kPixels);
          Bytes chunks;
          for (const std::uint8_t byte : stream) {
            const Bytes part = joined({repeated(pngChunk("IDAT", {}), 3000), pngChunk("IDAT", Bytes{byte})});
@@ -139,17 +141,17 @@ std::vector<Bomb> pngBombs() {
        }},
       {"PngWithoutItsPalette", "png",
        [] {
-         return png({header(16, 16, 8, 3), pngChunk("IDAT", deflatedZeros(16 * 17))});
+         return png({header(16, 16, 8, 3), pngChunk("IDAT", deflatedZeros(kPixels))});
        }},
       {"PngWhosePaletteIsTooLong", "png",
        [] {
-         return png({header(16, 16, 1, 3), pngChunk("PLTE", Bytes(3 * 10'000)),
-                     pngChunk("IDAT", deflatedZeros(16 * 3))});
+         return png(
+             {header(16, 16, 1, 3), pngChunk("PLTE", Bytes(30'000)), pngChunk("IDAT", deflatedZeros(48))});
        }},
       {"PngWithMoreTransparencyThanPalette", "png",
        [] {
          return png({header(16, 16, 1, 3), pngChunk("PLTE", Bytes(6)), pngChunk("tRNS", Bytes(60'000)),
-                     pngChunk("IDAT", deflatedZeros(16 * 3))});
+                     pngChunk("IDAT", deflatedZeros(48))});
        }},
       {"PngWhoseRawProfileIsFourGigabytesLong", "png",
        [] {

@@ -25,7 +25,7 @@ using std::chrono::steady_clock;
 using testing::HasSubstr;
 
 /// As long as so many conversions of a picture of a megapixel, in the same run.
-constexpr double kFewConversions = 10;
+constexpr double kFewConversions = 15;
 /// For each process, the program and its decoder.
 constexpr std::size_t kMostMemory = std::size_t{256} << 20;
 

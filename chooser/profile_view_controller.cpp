@@ -186,13 +186,14 @@ void OstraQuickActionProfileViewController::startEngine(
     std::vector<std::shared_ptr<NSItemProvider>> providers, const CGColorSpaceRef& space) {
   const auto engine = std::make_shared<OstraQuickActionEngine>(OstraQuickActionKind::convertColorProfile,
                                                                space, kLossyQuality);
-  engine->run(std::move(providers), [weak = weak_from_this(), context = extensionContext()](
-                                        const auto& /*outcomes*/, const auto& failures) {
-    if (const auto self = weak.lock()) {
-      static_cast<OstraQuickActionProfileViewController&>(*self).spinner_->stopAnimation();
-    }
-    reportBatch(*context, failures, kAlertTitle);
-  });
+  engine->run(std::move(providers),
+              [weak = weak_from_this(), context = extensionContext(), title = std::string(kAlertTitle)](
+                  const auto& /*outcomes*/, const auto& failures) {
+                if (const auto self = weak.lock()) {
+                  static_cast<OstraQuickActionProfileViewController&>(*self).spinner_->stopAnimation();
+                }
+                reportBatch(*context, failures, title);
+              });
 }
 
 void OstraQuickActionProfileViewController::cancel() {

@@ -143,7 +143,16 @@ std::string typeToLoad(const NSItemProvider& provider) {
 
 /// Asks one provider for its file, which is converted inside the provider's callback: the URL is valid only
 /// there.
-void takeTurn(const std::shared_ptr<Turn>& turn) {
+void takeTurn(const std::shared_ptr<Batch>& batch, const std::shared_ptr<NSItemProvider>& provider) {
+  std::shared_ptr<Turn> turn;
+  try {
+    turn = std::make_shared<Turn>();
+  } catch (...) {
+    batch->failures.push_back(std::current_exception());
+    return;
+  }
+  turn->batch = batch;
+  turn->provider = provider;
   try {
     turn->provider->loadInPlaceFileRepresentationForTypeIdentifier(
         typeToLoad(*turn->provider),
@@ -160,15 +169,11 @@ void takeTurn(const std::shared_ptr<Turn>& turn) {
   turn->inPlaceError = nullptr;
 }
 
-/// Hands the batch over to the main queue, so that all that it holds ends there.
-void runBody(std::shared_ptr<Batch> batch) {
-  for (const std::shared_ptr<NSItemProvider>& provider : batch->providers) {
-    const auto turn = std::make_shared<Turn>();
-    turn->batch = batch;
-    turn->provider = provider;
-    takeTurn(turn);
-  }
-  mainQueue().async([batch = std::move(batch)] { batch->completion(batch->outcomes, batch->failures); });
+/// Hands the batch over to the main queue with its completion, so that all that it holds ends there.
+void runBody(std::shared_ptr<Batch> batch, std::function<void()> complete) {
+  for (const std::shared_ptr<NSItemProvider>& provider : batch->providers) takeTurn(batch, provider);
+  batch.reset();
+  mainQueue().async(std::move(complete));
 }
 
 }  // namespace
@@ -179,9 +184,11 @@ void OstraQuickActionEngine::run(Providers providers, Completion completion) con
   // A failure must find its place even when the memory has run out.
   batch->outcomes.reserve(batch->providers.size());
   batch->failures.reserve(batch->providers.size());
-  globalQueue(QualityOfService::userInitiated).async([batch = std::move(batch)]() mutable {
-    runBody(std::move(batch));
-  });
+  std::function<void()> complete = [batch] { batch->completion(batch->outcomes, batch->failures); };
+  globalQueue(QualityOfService::userInitiated)
+      .async([batch = std::move(batch), complete = std::move(complete)]() mutable {
+        runBody(std::move(batch), std::move(complete));
+      });
 }
 
 }  // namespace ostra

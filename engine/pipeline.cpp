@@ -39,6 +39,13 @@ bool hasAlpha(CGImageAlphaInfo alpha) {
   }
 }
 
+void logOutcome(OstraQuickActionKind kind, const OstraQuickActionEngine::Outcome& outcome) {
+  try {
+    logWritten(kind, outcome.destination.lastPathComponent(), outcome.inPlace);
+  } catch (...) {  // a line that cannot be written is no failure of the picture
+  }
+}
+
 struct OpenedSource {
   std::unique_ptr<CGImageSource> source;
   std::string type;
@@ -70,10 +77,12 @@ OstraQuickActionEngine::Outcome OstraQuickActionEngine::convertFile(const URL& u
   const Properties properties = destinationProperties(*opened.source, plan.uti);
   const Bytes data = encodeWithRetry(image, plan.uti, properties, fileName);
   image.reset();  // the pixels need not wait for the disk
+  // Made before: what is written must not be told as a failure.
+  Outcome outcome{url, plan.destination, plan.inPlace};
   writeResult(data, plan, url, fileName);
 
-  logWritten(kind(), plan.destination.lastPathComponent(), plan.inPlace);
-  return {url, plan.destination, plan.inPlace};
+  logOutcome(kind(), outcome);
+  return outcome;
 }
 
 OstraQuickActionEngine::Plan OstraQuickActionEngine::makePlan(const URL& url, const std::string& sourceType,

@@ -18,8 +18,9 @@ void OstraQuickActionRequestHandler::beginRequestWithExtensionContext(
   if (providers.empty()) return context->cancelRequestWithError(noImageError());
 
   const auto engine = std::make_shared<OstraQuickActionEngine>(*kind, nullptr, kLossyQuality);
-  engine->run(std::move(providers), [context, kind = *kind](const auto& /*outcomes*/, const auto& failures) {
-    reportBatch(*context, failures, displayTitle(kind) + " could not convert every image");
+  engine->run(std::move(providers), [context, title = displayTitle(*kind) + " could not convert every image"](
+                                        const auto& /*outcomes*/, const auto& failures) {
+    reportBatch(*context, failures, title);
   });
 }
 

@@ -6,6 +6,7 @@
 
 #include "host/message.h"
 #include "host/usage_error.h"
+#include "platform/graphics/color_space.h"
 
 namespace ostra {
 namespace {
@@ -43,6 +44,7 @@ ConfinedDecoding::ConfinedDecoding() {
   }
   const KernelConfinement kernel = KernelConfinement::detect();
   if (!kernel.complete()) complain("this kernel has " + missingParts(kernel));
+  prepareNamedColorSpaces();  // once for all decoders
   try {
     zygote_.emplace(kernel);
     door_.emplace(*zygote_);

@@ -1,5 +1,7 @@
 #include "host/conversion.h"
 
+#include <new>
+
 #include "chooser/profile_view_controller.h"
 #include "host/bundles.h"
 #include "host/exit_status.h"
@@ -40,6 +42,14 @@ std::function<void()> panelOpening(const std::shared_ptr<NSExtensionRequestHandl
   return [controller, title = bundle.displayName()] { showPanel(controller, title); };
 }
 
+/// What former runs left can wait for another run.
+void tidy(const std::vector<std::string>& files) {
+  try {
+    cleanUpAfterFormerRuns(files);
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 void tell(const RequestEnd& end) {
   if (const auto message = hostMessage(end)) say(*message);
 }
@@ -68,7 +78,7 @@ int performAction(const CommandLine& line) {
       serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden, openPanel);
   const auto signal = StopSignals::received();
   if (end && !signal) tell(*end);
-  if (!signal) cleanUpAfterFormerRuns(files);
+  if (!signal) tidy(files);
   return exitStatus(end, signal);
 }
 

@@ -62,6 +62,7 @@ std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
   std::optional<ProgressReporter> reporter;
   if (progress == ProgressDisplay::shown) reporter.emplace(files.size());
   const auto work = std::make_shared<Work>(reporter ? reporter->itemBegan() : nullptr);
+  mainQueue();  // made before work on a picture begins: from there on nothing may be wanting
   const auto context = std::make_shared<HostExtensionContext>(inputItems(files, work));
   principal.beginRequestWithExtensionContext(context);
   std::optional<StopListener> listener;

@@ -69,12 +69,16 @@ void FileItemProvider::load(bool available, Load answer) {
     } catch (const NSError& failure) {
       unusable_ = true;
       error = std::make_exception_ptr(failure);
+    } catch (...) {  // of the moment, not of the file
+      url.reset();
+      error = std::current_exception();
     }
     answer(url, error);
   };
-  globalQueue(QualityOfService::userInitiated).async([self = shared_from_this(), body] {
-    self->work_->run(self->index_, self->url_.lastPathComponent(), body);
-  });
+  globalQueue(QualityOfService::userInitiated)
+      .async([self = shared_from_this(), name = url_.lastPathComponent(), body] {
+        self->work_->run(self->index_, name, body);
+      });
 }
 
 }  // namespace ostra

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "platform/appkit/renderer.h"
@@ -27,6 +28,13 @@ using namespace std::chrono_literals;
 constexpr auto kPause = 100ms;
 constexpr auto kPatienceForOne = 1000ms;
 
+void tell(const Progress& progress) {
+  try {
+    Service<Renderer>::current().progress(progress);
+  } catch (const std::bad_alloc&) {  // the next one may be told
+  }
+}
+
 /// On the main thread, which may get to it only after the reporter has gone.
 template <class State>
 void show(State& state) {
@@ -37,7 +45,7 @@ void show(State& state) {
     state.shown = true;
     now = state.now;
   }
-  Service<Renderer>::current().progress(now);
+  tell(now);
 }
 
 template <class State>
@@ -45,7 +53,12 @@ void watch(const std::shared_ptr<State>& state) {
   std::unique_lock lock(state->mutex);
   auto pause = state->now.total > 1 ? kPause : kPatienceForOne;
   while (!state->ended.wait_for(lock, pause, [&state] { return state->end; })) {
-    if (std::exchange(state->changed, false)) mainQueue().async([state] { show(*state); });
+    if (!std::exchange(state->changed, false)) continue;
+    try {
+      mainQueue().async([state] { show(*state); });
+    } catch (const std::bad_alloc&) {
+      state->changed = true;
+    }
     pause = kPause;
   }
 }
@@ -65,15 +78,18 @@ ProgressReporter::~ProgressReporter() {
   state_->ended.notify_one();
   watcher_.join();
   const std::size_t total = state_->now.total;
-  if (state_->shown) Service<Renderer>::current().progress({total, total, ""});
+  if (state_->shown) tell({total, total, ""});
 }
 
 std::function<void(std::size_t, const std::string&)> ProgressReporter::itemBegan() const {
   return [state = state_](std::size_t index, const std::string& name) {
     const std::lock_guard lock(state->mutex);
     state->now.done = index;
-    state->now.name = name;
-    state->changed = true;
+    try {
+      state->now.name = name;
+      state->changed = true;
+    } catch (const std::bad_alloc&) {  // a picture is not given up for a line about it
+    }
   };
 }
 

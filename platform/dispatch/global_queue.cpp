@@ -1,8 +1,8 @@
 #include <condition_variable>
 #include <csignal>
 #include <deque>
+#include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "platform/dispatch/queue.h"
@@ -63,7 +63,7 @@ class GlobalQueue : public DispatchQueue {
       const SignalsBlocked blocked;  // the new thread inherits the mask
       std::thread([this] { serve(); }).detach();
       ++threads_;
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
       // With a thread left the block waits for it; with none it would never run.
       if (threads_ > 0) return;
       blocks_.pop_back();

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
+#include "platform/foundation/error.h"
+#include "platform/foundation/file_reading.h"
 #include "platform/graphics/icc_check.h"
 #include "platform/graphics/profile_transform.h"
 
@@ -13,16 +13,16 @@ namespace ostra {
 namespace {
 
 constexpr std::string_view defaultProfile = "/color/icc/ghostscript/default_cmyk.icc";
-constexpr std::streamoff largestProfile = 64 << 20;
+constexpr std::size_t largestProfile = std::size_t{64} << 20;
 
+/// Nothing where it cannot be read. A stream would take lacking memory for a file that cannot be read, and
+/// every picture to come would have other colours.
 Bytes readWhole(const std::string& path) {
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const std::streamoff size = file ? static_cast<std::streamoff>(file.tellg()) : -1;
-  if (size <= 0 || size > largestProfile) return {};
-  Bytes bytes(static_cast<std::size_t>(size));
-  file.seekg(0);
-  file.read(reinterpret_cast<char*>(bytes.data()), size);
-  return file ? bytes : Bytes{};
+  try {
+    return readSmallFile(URL::fileURLWithPath(path), largestProfile);
+  } catch (const NSError&) {
+    return {};
+  }
 }
 
 bool isUsableCMYK(ByteView bytes) {

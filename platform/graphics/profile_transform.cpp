@@ -5,6 +5,7 @@
 
 #include <lcms2.h>
 
+#include "platform/graphics/library_memory.h"
 #include "platform/graphics/shaper.h"
 
 namespace ostra {
@@ -12,11 +13,7 @@ namespace {
 
 constexpr cmsUInt32Number exactly = cmsFLAGS_NOOPTIMIZE;
 
-/// Never freed: transforms of static lifetime refer to it.
-cmsContext library() {
-  static const cmsContext context = cmsCreateContext(nullptr, nullptr);
-  return context;
-}
+cmsContext library() { return static_cast<cmsContext>(colorLibrary()); }
 
 struct CloseProfile {
   void operator()(void* profile) const { cmsCloseProfile(profile); }

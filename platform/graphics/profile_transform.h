@@ -8,7 +8,8 @@
 
 namespace ostra {
 
-/// Whether the colour library can convert from a profile, whose table of tags has been checked.
+/// Whether the colour library can convert from a profile, whose table of tags has been checked. Throws
+/// `std::bad_alloc` when it lacked the memory to tell.
 bool libraryConvertsFrom(ByteView profile);
 
 /// A conversion between two profiles of any kind by the colour library, without its optimisations: they are
@@ -18,7 +19,7 @@ bool libraryConvertsFrom(ByteView profile);
 /// table profiles of version 4, whose perceptual tables are defined with it.
 class ProfileTransform {
  public:
-  /// Null when the profiles make no transform.
+  /// Null when the profiles make no transform. Throws `std::bad_alloc`.
   static std::shared_ptr<const ProfileTransform> create(ByteView source, ByteView destination,
                                                         CGColorRenderingIntent intent);
   ProfileTransform();

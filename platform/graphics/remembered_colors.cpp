@@ -4,6 +4,9 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <optional>
+
+#include <pthread.h>
 
 namespace ostra {
 namespace {
@@ -20,6 +23,12 @@ std::uint64_t pack(const std::uint16_t* words, std::size_t components) {
 
 void unpack(std::uint64_t packed, std::uint16_t* words, std::size_t components) {
   std::memcpy(words, &packed, components * sizeof(std::uint16_t));
+}
+
+std::optional<pthread_key_t> makeKey() {
+  pthread_key_t key = 0;
+  const auto end = [](void* memory) { delete static_cast<RememberedColors*>(memory); };
+  return pthread_key_create(&key, end) == 0 ? std::optional(key) : std::nullopt;
 }
 
 }  // namespace
@@ -65,14 +74,16 @@ void RememberedColors::run(const ProfileTransform& transform, const std::uint16_
 }
 
 RememberedColors* RememberedColors::ofThisThread() {
-  thread_local std::unique_ptr<RememberedColors> memory;
+  // Not thread_local: to register a destructor for that takes memory, and the process ends where it lacks.
+  static const std::optional<pthread_key_t> key = makeKey();
+  if (!key) return nullptr;
+  if (void* known = pthread_getspecific(*key)) return static_cast<RememberedColors*>(known);
   try {
-    if (!memory) memory = std::make_unique<RememberedColors>();
+    auto memory = std::make_unique<RememberedColors>();
+    return pthread_setspecific(*key, memory.get()) == 0 ? memory.release() : nullptr;
   } catch (const std::exception&) {
     return nullptr;
   }
-  // The analyzer takes the end of this function for the end of the thread.
-  return memory.get();  // NOLINT(clang-analyzer-cplusplus.NewDelete)
 }
 
 }  // namespace ostra

@@ -18,7 +18,8 @@ inline constexpr std::size_t kSignatureBytes = 64;
 /// One file, opened by one codec. `open` of a codec has already read the structure into `opened`.
 ///
 /// `decode` gives the whole picture or a fault, never part of one, and asks for limits before it allocates.
-/// `properties` leaves damaged metadata out. Both may throw `std::bad_alloc`; the door catches it.
+/// `properties` leaves damaged metadata out. Both may throw `std::bad_alloc` and `LimitExceeded`; the door
+/// catches them, and decodes nothing of a file whose properties are a fault.
 class CodecReader {
  public:
   virtual ~CodecReader() = default;

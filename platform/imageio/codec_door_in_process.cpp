@@ -1,8 +1,10 @@
+#include <optional>
 #include <utility>
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codec_door.h"
 #include "platform/imageio/file_contents.h"
+#include "platform/imageio/refused_reader.h"
 #include "platform/imageio/within_memory.h"
 
 namespace ostra {
@@ -15,16 +17,24 @@ class InProcessReader : public Reader {
 
   const Opened& opened() const override { return codec_->opened(); }
   Answer<Pixels> decode(std::uint32_t index) override {
+    const Answer<Properties> read = properties(index);
+    if (const auto* fault = std::get_if<Fault>(&read)) return *fault;
     return withinMemory([&] { return codec_->decode(index, limits_); });
   }
   Answer<Properties> properties(std::uint32_t index) override {
-    return withinMemory([&] { return codec_->properties(index, limits_); });
+    if (known_ != index) {
+      properties_ = withinMemory([&] { return codec_->properties(index, limits_); });
+      known_ = index;
+    }
+    return properties_;
   }
 
  private:
   SharedBytes file_;
   std::unique_ptr<CodecReader> codec_;
   Limits limits_;
+  std::optional<std::uint32_t> known_;  // whose properties have been read
+  Answer<Properties> properties_ = Fault{};
 };
 
 Answer<std::unique_ptr<Reader>> openFile(const UniqueFd& file, const Limits& limits) {
@@ -42,7 +52,9 @@ Answer<std::unique_ptr<Reader>> openFile(const UniqueFd& file, const Limits& lim
 class InProcessDoor : public CodecDoor {
  public:
   Answer<std::unique_ptr<Reader>> open(UniqueFd file, const Limits& limits) override {
-    return withinMemory([&] { return openFile(file, limits); });
+    auto answer = withinMemory([&] { return openFile(file, limits); });
+    const auto* fault = std::get_if<Fault>(&answer);
+    return fault == nullptr ? std::move(answer) : refusedAtOpening(file.get(), *fault);
   }
   Answer<Bytes> encode(std::string_view type, const Pixels& pixels, const Properties* properties) override {
     const Codec* codec = codecForType(type);

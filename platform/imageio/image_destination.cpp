@@ -10,14 +10,6 @@
 namespace ostra {
 namespace {
 
-std::optional<Pixels> writableWithinMemory(const CGImage& image) {
-  try {
-    return writablePixels(image);
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
-}
-
 class DoorImageDestination : public CGImageDestination {
  public:
   DoorImageDestination(Bytes& data, std::string_view type) : data_(data), type_(type) { data_.clear(); }
@@ -30,9 +22,12 @@ class DoorImageDestination : public CGImageDestination {
 
   bool finalize() override {
     if (image_ == nullptr || tooMany_) return false;
-    const auto pixels = writableWithinMemory(*image_);
+    const auto pixels = writablePixels(*image_);
     if (!pixels) return false;
     auto answer = Service<CodecDoor>::current().encode(type_, *pixels, properties_ ? &*properties_ : nullptr);
+    // Not a refusal: whoever tries again with less to write would leave out what could have been written.
+    if (const auto* fault = std::get_if<Fault>(&answer); fault != nullptr && fault->kind == FaultKind::limit)
+      throw std::bad_alloc();
     auto* file = std::get_if<Bytes>(&answer);
     if (file == nullptr || file->empty()) return false;
     data_ = std::move(*file);

@@ -26,7 +26,8 @@ class CGImageDestination {
   virtual ~CGImageDestination() = default;
   /// `properties` may be null. The image is read when the destination is finalized.
   virtual void addImage(const CGImageRef& image, const Properties* properties) = 0;
-  /// True when the bytes of a complete file are in the buffer; false leaves it empty.
+  /// True when the bytes of a complete file are in the buffer; false, the image or its properties being none
+  /// that the format takes, leaves it empty. Throws `std::bad_alloc` when there is not the memory.
   virtual bool finalize() = 0;
 };
 

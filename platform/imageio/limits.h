@@ -16,7 +16,8 @@ enum class LimitName {
   seconds
 };
 
-/// What one file may ask of the machine. All in this struct; every reader is given one.
+/// What one file may ask of the machine. All in this struct; every reader is given one. A picture that asks
+/// for more is refused as a whole: without the block that is too large it would be another one.
 struct Limits {
   /// Width times height; a 500-megapixel photograph passes.
   std::uint64_t pixels = 1'000'000'000;
@@ -29,6 +30,11 @@ struct Limits {
   std::size_t metadataBytes = 64u << 20;
   std::size_t profileBytes = 16u << 20;
   std::uint32_t seconds = 300;
+};
+
+/// Thrown deep in a reader by what finds that a file goes beyond a limit.
+struct LimitExceeded {
+  LimitName limit = LimitName::none;
 };
 
 /// a times b times c, or nothing when 64 bits do not hold it.

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,10 +52,12 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const Progra
   if (child == 0)
     becomeProgram(arguments, options, folder.path("in"), folder.path("out"), folder.path("err"));
   int status = 0;
-  while (waitpid(child, &status, 0) < 0) {
+  rusage usage{};
+  while (wait4(child, &status, 0, &usage) < 0) {
   }
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  return {code, textOf(folder.path("out")), textOf(folder.path("err"))};
+  return {code, textOf(folder.path("out")), textOf(folder.path("err")),
+          static_cast<std::size_t>(usage.ru_maxrss) * 1024};
 }
 
 bool haveProgram(const std::string& name) {

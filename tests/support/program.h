@@ -8,6 +8,8 @@ struct ProgramResult {
   int status = -1;  // exit status, or 128 + signal
   std::string output;
   std::string errors;
+  /// The most memory that it or one of its processes had at once, in bytes.
+  std::size_t peakMemory = 0;
 };
 
 struct ProgramOptions {

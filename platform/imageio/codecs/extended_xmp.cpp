@@ -1,8 +1,11 @@
 #include "platform/imageio/codecs/extended_xmp.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <vector>
 
+#include "platform/imageio/limits.h"
 #include "platform/imageio/metadata/md5.h"
 #include "platform/imageio/metadata/text_encoding.h"
 #include "platform/imageio/metadata/xml_scanner.h"
@@ -42,26 +45,32 @@ std::optional<Outline> outlineOf(ByteView packet) {
   return outline;
 }
 
-// Namespaces that the descriptions of an extension inherit would be lost with the elements around them.
-std::string inheritedNamespaces(const Outline& outline, const XmlElement& description) {
-  std::string declarations;
+// The namespaces in force inside the rdf:RDF element: their declarations, by the attributes that they are.
+using Namespaces = std::map<std::string_view, std::string>;
+
+Namespaces namespacesOf(const Outline& outline) {
+  Namespaces found;
   for (std::size_t at = outline.rdf;; at = outline.elements[at].parent) {
     for (const XmlAttribute& attribute : outline.elements[at].attributes) {
-      const auto same = [&](const XmlAttribute& other) { return other.name == attribute.name; };
-      const bool declared = std::any_of(description.attributes.begin(), description.attributes.end(), same) ||
-                            declarations.find(" " + std::string(attribute.name) + "=") != std::string::npos;
-      if (attribute.name.starts_with("xmlns:") && !declared)
-        declarations += " " + std::string(attribute.name) + "=\"" + std::string(attribute.value) + "\"";
+      if (attribute.name.starts_with("xmlns:"))
+        found.emplace(attribute.name,
+                      " " + std::string(attribute.name) + "=\"" + std::string(attribute.value) + "\"");
     }
-    if (outline.elements[at].parent == at) return declarations;
+    if (outline.elements[at].parent == at) return found;
   }
 }
 
-std::string descriptionText(const Outline& outline, std::size_t index) {
+// What the description inherits would be lost with the elements around it.
+std::string descriptionText(const Outline& outline, std::size_t index, const Namespaces& inherited) {
   const XmlElement& description = outline.elements[index];
-  std::string text(outline.part(description.span));
-  text.insert(1 + description.name.size(), inheritedNamespaces(outline, description));
-  return text;
+  std::set<std::string_view> own;
+  for (const XmlAttribute& attribute : description.attributes) own.insert(attribute.name);
+  std::string text(1, '<');
+  text += description.name;
+  for (const auto& [name, declaration] : inherited) {
+    if (own.empty() || !own.contains(name)) text += declaration;
+  }
+  return text.append(outline.part(description.span).substr(1 + description.name.size()));
 }
 
 std::string aboutValue(const Outline& outline) {
@@ -96,12 +105,16 @@ Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 }  // namespace
 
-std::optional<Bytes> joinXmp(ByteView packet, ByteView extension) {
+std::optional<Bytes> joinXmp(ByteView packet, ByteView extension, std::size_t limit) {
   const auto main = outlineOf(packet);
   const auto more = outlineOf(extension);
   if (!main || !more || main->prefix() != more->prefix()) return std::nullopt;
   std::string text(main->text.substr(0, main->rdfElement().content.end));
-  for (const std::size_t index : more->descriptions) text += descriptionText(*more, index) + "\n";
+  const Namespaces inherited = namespacesOf(*more);
+  for (const std::size_t index : more->descriptions) {
+    text += descriptionText(*more, index, inherited) + "\n";
+    if (text.size() > limit) throw LimitExceeded{LimitName::metadataBytes};
+  }
   text += main->text.substr(main->rdfElement().content.end);
   return bytesOf(text);
 }

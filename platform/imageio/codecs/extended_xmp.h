@@ -11,8 +11,9 @@ namespace ostra {
 /// XMP in a JPEG (ISO 16684, storage in files): a packet that a segment does not hold has a second part,
 /// which goes in segments of its own and is named in the first.
 
-/// The packet that both parts make; nothing when one of them is not well-formed.
-std::optional<Bytes> joinXmp(ByteView packet, ByteView extension);
+/// The packet that both parts make; nothing when one of them is not well-formed. Throws `LimitExceeded`
+/// beyond `limit` bytes: each description takes along the namespaces around it.
+std::optional<Bytes> joinXmp(ByteView packet, ByteView extension, std::size_t limit);
 
 struct SplitXmp {
   Bytes packet;

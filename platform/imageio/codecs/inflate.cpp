@@ -8,9 +8,9 @@
 
 namespace ostra {
 
-std::optional<Bytes> inflateAll(ByteView stream, std::size_t limit) {
+std::optional<Bytes> inflateAll(ByteView stream, std::size_t limit, LimitName name) {
   z_stream z{};
-  if (inflateInit(&z) != Z_OK) return std::nullopt;
+  if (inflateInit(&z) != Z_OK) throw std::bad_alloc();  // nothing has been read yet
   const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&z, inflateEnd);
   // Chunks are below 2 GiB.
   z.next_in = const_cast<Bytef*>(stream.data());
@@ -24,7 +24,8 @@ std::optional<Bytes> inflateAll(ByteView stream, std::size_t limit) {
     z.avail_out = static_cast<uInt>(room);
     state = inflate(&z, Z_NO_FLUSH);
     bytes.resize(done + room - z.avail_out);
-    if (bytes.size() > limit) return std::nullopt;
+    if (state == Z_MEM_ERROR) throw std::bad_alloc();
+    if (bytes.size() > limit) throw LimitExceeded{name};
     if (state == Z_STREAM_END) return bytes;
   }
   return std::nullopt;

@@ -1,6 +1,7 @@
 #include "platform/imageio/codecs/jpeg_decode.h"
 
 #include <algorithm>
+#include <new>
 
 #include "platform/imageio/codecs/decode_clock.h"
 #include "platform/imageio/codecs/jpeg_library.h"
@@ -156,6 +157,7 @@ Answer<Pixels> decodeJpegPixels(ByteView file, const JpegFrame& frame, const Lim
   bool inverted = false;
   const bool done = run(decoding, file, *layout, memory.data(), inverted);
   jpeg_destroy_decompress(&decoding.library);
+  if (!done && lacksMemory(decoding.errors)) throw std::bad_alloc();
   if (!done) return Fault{decoding.outOfTime ? FaultKind::timeout : FaultKind::damaged};
   if (inverted) {
     std::transform(memory.data(), memory.data() + memory.size(), memory.data(),

@@ -42,4 +42,6 @@ void prepareJpegErrors(JpegErrors& errors) {
   errors.manager.output_message = onOutput;
 }
 
+bool lacksMemory(const JpegErrors& errors) { return errors.manager.msg_code == JERR_OUT_OF_MEMORY; }
+
 }  // namespace ostra

@@ -21,4 +21,7 @@ struct JpegErrors {
 /// Makes `errors` ready; the caller then calls `setjmp(errors.escape)` before any other call of the library.
 void prepareJpegErrors(JpegErrors& errors);
 
+/// Whether it was for want of memory that the library jumped.
+bool lacksMemory(const JpegErrors& errors);
+
 }  // namespace ostra

@@ -70,6 +70,7 @@ class JpegReader : public CodecReader {
 
   Answer<Properties> properties(std::uint32_t index, const Limits&) override {
     if (index != 0) return Fault{FaultKind::damaged};
+    if (segments_.exceeded != LimitName::none) return Fault{FaultKind::limit, segments_.exceeded};
     PictureFacts facts;
     facts.width = segments_.frame->width;
     facts.height = segments_.frame->height;

@@ -15,12 +15,17 @@ struct Segment {
   ByteView data;
 };
 
+constexpr std::size_t kMostStrayBytes = std::size_t{1} << 20;
+
 bool standsAlone(std::uint8_t marker) { return marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8); }
 
 // The segments up to the first scan.
 class SegmentWalk {
  public:
   explicit SegmentWalk(ByteView file) : rest_(file.subspan(2)) {}
+
+  /// Whether it ended at more stray bytes than any writer leaves.
+  bool isLost() const { return stray_ > kMostStrayBytes; }
 
   std::optional<Segment> next() {
     while (findMarker()) {
@@ -41,11 +46,14 @@ class SegmentWalk {
  private:
   // Skips what stands between segments, fill bytes among it, as the decoder does.
   bool findMarker() {
-    while (rest_.size() >= 2 && (rest_[0] != 0xFF || rest_[1] == 0xFF || rest_[1] == 0))
-      rest_ = rest_.subspan(1);
+    for (; rest_.size() >= 2 && (rest_[0] != 0xFF || rest_[1] == 0xFF || rest_[1] == 0);
+         rest_ = rest_.subspan(1)) {
+      if (++stray_ > kMostStrayBytes) return false;
+    }
     return rest_.size() >= 2;
   }
   ByteView rest_;
+  std::size_t stray_ = 0;
 };
 
 bool isFrame(std::uint8_t marker) {
@@ -78,12 +86,16 @@ class ProfileParts {
     total_ = total;
     if (!parts_.emplace(number, part.subspan(2)).second) consistent_ = false;
   }
-  Bytes joined(std::size_t limit) const {
+  Bytes joined(std::size_t limit, LimitName& exceeded) const {
     Bytes profile;
     if (!consistent_ || parts_.size() != total_) return {};
     unsigned expected = 1;
     for (const auto& [number, part] : parts_) {
-      if (number != expected++ || part.size() > limit - profile.size()) return {};
+      if (number != expected++) return {};
+      if (part.size() > limit - profile.size()) {
+        exceeded = LimitName::profileBytes;
+        return {};
+      }
       profile.insert(profile.end(), part.begin(), part.end());
     }
     return profile;
@@ -99,21 +111,28 @@ class ProfileParts {
 class ExtensionParts {
  public:
   void add(ByteView segment) {
-    constexpr std::size_t kHead = 32 + 4 + 4;
+    constexpr std::size_t kHead = kNameSize + 4 + 4;
     if (segment.size() <= kHead) return;
-    Extension& extension = extensions_[std::string(asText(segment.first(32)))];
-    extension.size = bigEndian32(segment, 32);
-    extension.parts.emplace(bigEndian32(segment, 36), segment.subspan(kHead));
+    Extension& extension = extensions_[std::string(asText(segment.first(kNameSize)))];
+    extension.size = bigEndian32(segment, kNameSize);
+    extension.parts.emplace(bigEndian32(segment, kNameSize + 4), segment.subspan(kHead));
   }
-  // The whole extension that the packet names, or nothing.
+  // The whole extension that the packet names, or nothing. The packet is looked through once, however many
+  // extensions there are.
   Bytes namedIn(const Bytes& packet) const {
-    for (const auto& [name, extension] : extensions_) {
-      if (asText(packet).find(name) != std::string_view::npos) return extension.joined();
+    constexpr std::string_view kMark = "HasExtendedXMP", kDigits = "0123456789ABCDEFabcdef";
+    const std::string_view text = asText(packet);
+    for (std::size_t at = text.find(kMark); at != std::string_view::npos; at = text.find(kMark, at)) {
+      at += kMark.size();
+      const std::size_t name = std::min(text.find_first_of(kDigits, at), text.size());
+      const auto found = extensions_.find(text.substr(name, kNameSize));
+      if (found != extensions_.end()) return found->second.joined();
     }
     return {};
   }
 
  private:
+  static constexpr std::size_t kNameSize = 32;
   struct Extension {
     std::size_t size = 0;
     std::map<std::uint32_t, ByteView> parts;
@@ -127,7 +146,7 @@ class ExtensionParts {
       return bytes.size() == size ? bytes : Bytes();
     }
   };
-  std::map<std::string, Extension> extensions_;
+  std::map<std::string, Extension, std::less<>> extensions_;
 };
 
 class Collector {
@@ -147,10 +166,16 @@ class Collector {
   }
   // What lay in parts.
   void finish(JpegSegments& segments, const Limits& limits) const {
-    segments.icc = profile_.joined(limits.profileBytes);
+    segments.exceeded = exceeded_;
+    segments.icc = profile_.joined(limits.profileBytes, segments.exceeded);
     const Bytes extension = extension_.namedIn(segments.xmp);
     if (extension.empty()) return;
-    if (auto whole = joinXmp(segments.xmp, extension)) segments.xmp = std::move(*whole);
+    try {
+      if (auto whole = joinXmp(segments.xmp, extension, limits.metadataBytes))
+        segments.xmp = std::move(*whole);
+    } catch (const LimitExceeded& exceeded) {
+      segments.exceeded = exceeded.limit;
+    }
   }
 
  private:
@@ -159,7 +184,8 @@ class Collector {
     return data.subspan(head.size());
   }
   bool fits(ByteView block) {
-    if (block.size() > metadataLeft_) return false;
+    if (block.size() > metadataLeft_) exceeded_ = LimitName::metadataBytes;
+    if (exceeded_ != LimitName::none) return false;
     metadataLeft_ -= block.size();
     return true;
   }
@@ -187,6 +213,7 @@ class Collector {
   }
 
   std::size_t metadataLeft_;
+  LimitName exceeded_ = LimitName::none;
   bool exifGoesOn_ = false;
   ProfileParts profile_;
   ExtensionParts extension_;
@@ -200,6 +227,7 @@ JpegSegments readJpegSegments(ByteView file, const Limits& limits) {
   Collector collector(limits);
   SegmentWalk walk(file);
   while (const auto segment = walk.next()) collector.take(*segment, segments);
+  if (walk.isLost()) return {};
   collector.finish(segments, limits);
   segments.pictures = std::min(segments.pictures, std::max(limits.frames, 1u));
   return segments;

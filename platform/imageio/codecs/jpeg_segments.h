@@ -41,10 +41,12 @@ struct JpegSegments {
   Bytes photoshop;                    // all segments joined, without their heads
   std::vector<std::string> comments;  // byte by byte
   std::uint32_t pictures = 1;
+  LimitName exceeded = LimitName::none;
 };
 
-/// Walks from marker to marker, as far as they can be followed. Blocks larger than the limits, and a profile
-/// of which a segment is missing, are left out.
+/// Walks from marker to marker, as far as they can be followed. A profile of which a segment is missing is
+/// left out; so is what goes beyond a limit, which is told. No frame where a megabyte of stray bytes comes
+/// first.
 JpegSegments readJpegSegments(ByteView file, const Limits& limits);
 
 /// The full views that a multi-picture index (CIPA DC-007) lists, the first included: panoramas, stereo,

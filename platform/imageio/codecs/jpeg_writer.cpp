@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "platform/imageio/codecs/jpeg.h"
@@ -96,7 +97,10 @@ Answer<Bytes> encodeJpeg(const Pixels& pixels, const Properties* properties) {
   const JpegSettings settings = jpegSettings(properties);
   JpegRows rows(pixels);
   JpegEncoding encoding{{}, {}, pixels.layout, settings, *segments, rows};
-  if (!run(encoding)) return Fault{FaultKind::damaged};
+  if (!run(encoding)) {
+    if (lacksMemory(encoding.errors)) throw std::bad_alloc();
+    return Fault{FaultKind::damaged};
+  }
   return Bytes(encoding.file, encoding.file + encoding.size);
 }
 

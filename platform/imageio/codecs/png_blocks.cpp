@@ -6,6 +6,7 @@
 
 #include "platform/imageio/codecs/big_endian.h"
 #include "platform/imageio/codecs/png_text.h"
+#include "platform/imageio/limits.h"
 #include "platform/imageio/metadata/photoshop.h"
 #include "platform/imageio/metadata/text_encoding.h"
 
@@ -106,10 +107,6 @@ bool isCarried(const PngChunk& chunk) {
                                    pngType("zTXt"), pngType("iTXt"), pngType("mDCv"), pngType("cLLi")}) {
     if (chunk.type == type) return false;
   }
-  for (unsigned shift = 0; shift < 32; shift += 8) {
-    const std::uint32_t letter = (chunk.type >> shift & 0xFF) | 0x20;
-    if (letter < 'a' || letter > 'z') return false;
-  }
   return !chunk.isCritical() && (chunk.type & kSafeToCopy) != 0 && (chunk.type & kReserved) == 0;
 }
 
@@ -121,10 +118,15 @@ std::optional<PixelAspect> pixelAspectOf(const PngChunk& chunk) {
   return isAspect ? std::optional(aspect) : std::nullopt;
 }
 
+void take(std::size_t size, std::size_t& left) {
+  if (size > left) throw LimitExceeded{LimitName::metadataBytes};
+  left -= size;
+}
+
 void takeChunk(const PngChunk& chunk, bool afterPixels, Carrier& carrier, std::size_t& left) {
   if (const auto aspect = pixelAspectOf(chunk); aspect && !carrier.pixelAspect) carrier.pixelAspect = aspect;
-  if (!isCarried(chunk) || chunk.data.size() > left || !chunk.isIntact()) return;
-  left -= chunk.data.size();
+  if (!isCarried(chunk) || !chunk.isIntact()) return;
+  take(chunk.data.size(), left);
   carrier.pngChunks.push_back({chunk.type, Bytes(chunk.data.begin(), chunk.data.end()), afterPixels});
 }
 
@@ -140,14 +142,13 @@ Carrier readPngBlocks(ByteView file, std::size_t limit) {
     if (chunk->type == pngType("IEND")) break;
     if (chunk->type == pngType("IDAT")) afterPixels = true;
     takeChunk(*chunk, afterPixels, carrier, left);
-    if (chunk->type == pngType("eXIf") && carrier.exif.empty() && chunk->data.size() <= left &&
-        chunk->isIntact()) {
+    if (chunk->type == pngType("eXIf") && carrier.exif.empty() && chunk->isIntact()) {
+      take(chunk->data.size(), left);
       carrier.exif = Bytes(chunk->data.begin(), chunk->data.end());
       carrier.exif = withoutPrefix(carrier.exif, kExifPrefix);
-      left -= chunk->data.size();
     }
     if (auto text = readPngText(*chunk, left)) {
-      left -= std::min(left, text->keyword.size() + text->text.size());
+      take(text->keyword.size() + text->text.size(), left);
       takeText(std::move(*text), carrier, profiles);
     }
   }

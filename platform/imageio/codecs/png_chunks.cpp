@@ -26,6 +26,14 @@ bool allowsDepth(unsigned colourType, unsigned bits) {
   }
 }
 
+bool isOfLetters(std::uint32_t type) {
+  for (unsigned shift = 0; shift < 32; shift += 8) {
+    const std::uint32_t letter = (type >> shift & 0xFF) | 0x20;
+    if (letter < 'a' || letter > 'z') return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool PngChunk::isIntact() const {
@@ -39,6 +47,7 @@ std::optional<PngChunk> PngChunkWalk::next() {
   if (length > 0x7FFFFFFF || length > rest_.size() - kChunkFrame) return std::nullopt;
   PngChunk chunk;
   chunk.type = bigEndian32(rest_, 4);
+  if (!isOfLetters(chunk.type)) return std::nullopt;
   chunk.whole = rest_.first(length + kChunkFrame);
   chunk.data = rest_.subspan(8, length);
   rest_ = rest_.subspan(chunk.whole.size());

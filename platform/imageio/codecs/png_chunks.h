@@ -28,7 +28,7 @@ struct PngChunk {
   bool isIntact() const;
 };
 
-/// The chunks of a file in their order, up to its end or to the first that is cut off.
+/// The chunks of a file in their order, up to its end or to the first that is cut off or none.
 class PngChunkWalk {
  public:
   explicit PngChunkWalk(ByteView file) : rest_(file.subspan(kPngSignature.size())) {}

@@ -48,7 +48,7 @@ ProfileRecord fromProfile(ByteView chunk, std::size_t limit) {
   const auto nameEnd = std::find(chunk.begin(), chunk.end(), 0);
   const auto position = static_cast<std::size_t>(nameEnd - chunk.begin());
   if (chunk.size() < position + 2 || chunk[position + 1] != 0) return Untagged{};
-  auto profile = inflateAll(chunk.subspan(position + 2), limit);
+  auto profile = inflateAll(chunk.subspan(position + 2), limit, LimitName::profileBytes);
   if (!profile) return Untagged{};
   return IccProfile{std::move(*profile)};
 }

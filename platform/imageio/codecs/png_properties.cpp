@@ -12,7 +12,6 @@ namespace ostra {
 namespace {
 
 constexpr double kMetresAnInch = 0.0254;
-constexpr std::size_t kMostFrames = 10'000;
 
 void readDensity(ByteView phys, Dictionary& tree, Dictionary& group) {
   const std::int64_t x = bigEndian32(phys, 0), y = bigEndian32(phys, 4);
@@ -59,7 +58,7 @@ void addFrames(Array frames, const PngHeader& header, Dictionary& group) {
 }
 
 // The group's numbers, and the density, which the top level tells.
-Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
+Dictionary readGroup(ByteView file, const PngHeader& header, std::uint32_t mostFrames, Dictionary& tree) {
   Dictionary group;
   group.emplace("InterlaceType", header.interlaced ? 1 : 0);
   Array frames;
@@ -75,7 +74,7 @@ Dictionary readGroup(ByteView file, const PngHeader& header, Dictionary& tree) {
     if (is("pHYs", 9)) readDensity(data, tree, group);
     if (is("tIME", 7)) group.emplace("ModificationTime", timeText(data));
     if (is("acTL", 8)) group.emplace("LoopCount", std::int64_t{bigEndian32(data, 4)});
-    if (is("fcTL", 26) && frames.size() < kMostFrames) frames.emplace_back(frameInfo(data));
+    if (is("fcTL", 26) && frames.size() < mostFrames) frames.emplace_back(frameInfo(data));
   }
   addFrames(std::move(frames), header, group);
   return group;
@@ -94,7 +93,7 @@ Properties readPngProperties(ByteView file, const PngStructure& structure, const
   facts.hasAlpha = structure.hasAlpha();
   facts.isIndexed = header.isPalette();
   Dictionary tree = pictureTree(facts, profile);
-  Dictionary group = readGroup(file, header, tree);
+  Dictionary group = readGroup(file, header, limits.frames, tree);
   Carrier carrier = readPngBlocks(file, limits.metadataBytes);
   for (const PngText& text : carrier.texts) {
     if (isPngGroupKeyword(text.keyword)) group.emplace(text.keyword, text.text);

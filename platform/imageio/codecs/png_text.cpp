@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "platform/imageio/codecs/inflate.h"
+#include "platform/imageio/limits.h"
 #include "platform/imageio/metadata/text_encoding.h"
 
 namespace ostra {
@@ -30,7 +31,7 @@ bool isKeyword(ByteView keyword) {
 }
 
 std::optional<std::string> inflatedText(ByteView stream, std::size_t limit) {
-  const auto bytes = inflateAll(stream, limit);
+  const auto bytes = inflateAll(stream, limit, LimitName::metadataBytes);
   if (!bytes) return std::nullopt;
   return std::string(asText(*bytes));
 }
@@ -70,7 +71,8 @@ int hexDigit(char c) {
 std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit) {
   const bool known =
       chunk.type == pngType("tEXt") || chunk.type == pngType("zTXt") || chunk.type == pngType("iTXt");
-  if (!known || chunk.data.size() > limit || !chunk.isIntact()) return std::nullopt;
+  if (!known || !chunk.isIntact()) return std::nullopt;
+  if (chunk.data.size() > limit) throw LimitExceeded{LimitName::metadataBytes};
   ByteView rest = chunk.data;
   const auto keyword = takeField(rest);
   if (!keyword || !isKeyword(*keyword)) return std::nullopt;

@@ -19,8 +19,8 @@ inline constexpr std::string_view kPngRawProfile = "Raw profile type ";
 /// UTF-8; the text of an XMP packet is the bytes as they are.
 using PngText = CarriedText;
 
-/// The text of a tEXt, zTXt or iTXt chunk; nothing for other chunks, a malformed one, or one of more than
-/// `limit` bytes.
+/// The text of a tEXt, zTXt or iTXt chunk; nothing for other chunks or a malformed one. Throws
+/// `LimitExceeded` for one of more than `limit` bytes.
 std::optional<PngText> readPngText(const PngChunk& chunk, std::size_t limit);
 
 /// The bytes that a raw profile's text holds; nothing when it is none.

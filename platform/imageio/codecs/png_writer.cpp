@@ -1,5 +1,7 @@
+#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <vector>
 
 #include <png.h>
@@ -22,6 +24,7 @@ struct PngEncoding {
   int colourType = 0;
   bool skipsFourth = false;
   Bytes file;
+  bool lacksMemory = false;
 };
 
 [[noreturn]] void onError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
@@ -35,9 +38,17 @@ void onWrite(png_structp png, png_bytep bytes, std::size_t size) {
     encoding.file.insert(encoding.file.end(), bytes, bytes + size);
     stored = true;
   } catch (const std::exception&) {
+    encoding.lacksMemory = true;
   }
   if (!stored) png_error(png, "no memory");
 }
+
+png_voidp onAllocate(png_structp png, png_alloc_size_t size) {
+  void* memory = std::malloc(size);
+  if (memory == nullptr) static_cast<PngEncoding*>(png_get_mem_ptr(png))->lacksMemory = true;
+  return memory;
+}
+void onFree(png_structp, png_voidp memory) { std::free(memory); }
 
 void writeChunks(png_structp png, const PngEncoding& encoding, bool afterPixels) {
   for (const PngWrittenChunk& chunk : encoding.chunks) {
@@ -69,7 +80,8 @@ bool run(png_structp png, png_infop info, PngEncoding& encoding) {
 }
 
 bool encodeInto(PngEncoding& encoding) {
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning);
+  png_structp png = png_create_write_struct_2(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning, &encoding,
+                                              onAllocate, onFree);
   if (png == nullptr) return false;
   png_infop info = png_create_info_struct(png);
   const bool done = info != nullptr && run(png, info, encoding);
@@ -92,8 +104,10 @@ Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
   if (!colourType) return Fault{FaultKind::damaged};
   const auto chunks = pngChunksToWrite(pixels, properties);
   if (!chunks) return Fault{FaultKind::damaged};
-  PngEncoding encoding{pixels, *chunks, *colourType, alpha == CGImageAlphaInfo::noneSkipLast, {}};
-  if (!encodeInto(encoding)) return Fault{FaultKind::damaged};
+  PngEncoding encoding{pixels, *chunks, *colourType, alpha == CGImageAlphaInfo::noneSkipLast, {}, false};
+  const bool done = encodeInto(encoding);
+  if (encoding.lacksMemory) throw std::bad_alloc();
+  if (!done) return Fault{FaultKind::damaged};
   return std::move(encoding.file);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/imageio/decoder/confined_door.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <system_error>
@@ -10,6 +11,7 @@
 #include "platform/imageio/decoder/believed_pixels.h"
 #include "platform/imageio/decoder/messages.h"
 #include "platform/imageio/decoder/shared_pixels.h"
+#include "platform/imageio/refused_reader.h"
 #include "platform/imageio/within_memory.h"
 
 namespace ostra {
@@ -74,19 +76,14 @@ class ConfinedReader : public Reader {
     if (served_) return;
     served_ = index;
     properties_ = withinMemory([&] { return readProperties(index); });
-    // Without its first answer the process has ended, or is not to be heard any further.
-    if (isFatal(properties_)) {
-      pixels_ = std::get<Fault>(properties_);
+    // Pixels without what is told of them would be written without it.
+    if (const auto* fault = std::get_if<Fault>(&properties_)) {
+      pixels_ = *fault;
     } else {
       pixels_ = withinMemory([&] { return readPixels(); });
     }
     decoder_ = DecoderProcess();
     pixelFile_ = UniqueFd();
-  }
-
-  static bool isFatal(const Answer<Properties>& answer) {
-    const auto* fault = std::get_if<Fault>(&answer);
-    return fault != nullptr && (fault->kind == FaultKind::crashed || fault->kind == FaultKind::timeout);
   }
 
   Answer<Properties> readProperties(std::uint32_t index) {
@@ -127,7 +124,7 @@ Answer<std::unique_ptr<Reader>> openFile(const Zygote& zygote, const UniqueFd& f
   auto decoder = zygote.decoderFor(file.get(), pixelFile.get(), task);
   if (!decoder) return Fault{FaultKind::crashed};
 
-  const auto deadline = steady_clock::now() + seconds(kOpeningSeconds);
+  const auto deadline = steady_clock::now() + seconds(std::min(kOpeningSeconds, limits.seconds));
   auto opened = next<Opened>(*decoder, kMostOpenedBytes, deadline, openedOf);
   if (const auto* fault = std::get_if<Fault>(&opened)) return *fault;
   return std::make_unique<ConfinedReader>(std::move(*decoder), std::move(pixelFile),
@@ -137,11 +134,15 @@ Answer<std::unique_ptr<Reader>> openFile(const Zygote& zygote, const UniqueFd& f
 }  // namespace
 
 Answer<std::unique_ptr<Reader>> ConfinedDoor::open(UniqueFd file, const Limits& limits) {
-  try {
-    return withinMemory([&] { return openFile(zygote_, file, limits); });
-  } catch (const std::system_error&) {  // no descriptor left for a socket or a memory file
-    return Fault{FaultKind::crashed};
-  }
+  auto answer = withinMemory([&]() -> Answer<std::unique_ptr<Reader>> {
+    try {
+      return openFile(zygote_, file, limits);
+    } catch (const std::system_error&) {  // no descriptor left for a socket or a memory file
+      return Fault{FaultKind::crashed};
+    }
+  });
+  const auto* fault = std::get_if<Fault>(&answer);
+  return fault == nullptr ? std::move(answer) : refusedAtOpening(file.get(), *fault);
 }
 
 Answer<Bytes> ConfinedDoor::encode(std::string_view type, const Pixels& pixels,

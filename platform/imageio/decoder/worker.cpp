@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/foundation/service.h"
+#include "platform/graphics/profile_trial.h"
 #include "platform/imageio/codec.h"
 #include "platform/imageio/decoder/address_space.h"
 #include "platform/imageio/decoder/channel.h"
@@ -45,6 +46,8 @@ Answer<DecodedPixels> decode(CodecReader& reader, std::uint32_t index, const Lim
   auto& pixels = std::get<Pixels>(answer);
   const auto offset = memory.offsetOf(pixels.bytes.view);
   if (!offset) return Fault{FaultKind::crashed};
+  if (const auto* profile = std::get_if<IccProfile>(&pixels.profile))
+    Service<ProfileTrial>::current().run(profile->bytes);
   return DecodedPixels{pixels.layout, std::move(pixels.profile), *offset, pixels.bytes.view.size()};
 }
 
@@ -81,7 +84,9 @@ void serveFile(const DecoderTask& task, const Confinement& confinement) {
   tell(parent, messageOf(Answer<Opened>(reader.opened())));
 
   const std::uint32_t index = askedIndex(parent);
-  tell(parent, messageOf(withinMemory([&] { return reader.properties(index, task.limits); })));
+  const auto properties = withinMemory([&] { return reader.properties(index, task.limits); });
+  tell(parent, messageOf(properties));
+  if (std::holds_alternative<Fault>(properties)) _exit(kServed);
   tell(parent, messageOf(withinMemory([&] { return decode(reader, index, task.limits, memory); })));
   _exit(kServed);
 }

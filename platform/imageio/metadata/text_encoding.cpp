@@ -27,6 +27,7 @@ bool isAscii(std::string_view text) {
 }
 
 std::string utf8FromLatin1(std::string_view text) {
+  if (isAscii(text)) return std::string(text);
   std::string result;
   for (const char c : text) appendCharacter(result, static_cast<unsigned char>(c));
   return result;

@@ -1,6 +1,7 @@
 #include "platform/imageio/metadata/xmp_packet.h"
 
 #include <algorithm>
+#include <new>
 
 #include <pugixml.hpp>
 
@@ -12,6 +13,14 @@ namespace {
 
 constexpr std::size_t kMostItems = 4096;
 
+/// Whether a text is XML.
+bool loads(pugi::xml_document& document, std::string_view text) {
+  const auto result =
+      document.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+  if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+  return static_cast<bool>(result);
+}
+
 bool isXmlAttribute(std::string_view name) { return name.starts_with("xmlns") || name.starts_with("xml:"); }
 
 }  // namespace
@@ -22,8 +31,7 @@ std::optional<XmpPacket> XmpPacket::parse(ByteView bytes) {
   if (!isUtf8(packet.text_)) return std::nullopt;
   // The library judges whether this is XML at all; our own pass only tells where its pieces lie.
   pugi::xml_document document;
-  if (!document.load_buffer(bytes.data(), bytes.size(), pugi::parse_default, pugi::encoding_utf8))
-    return std::nullopt;
+  if (!loads(document, packet.text_)) return std::nullopt;
   auto elements = scanXml(packet.text_);
   if (!elements) return std::nullopt;
   packet.elements_ = std::move(*elements);
@@ -93,7 +101,7 @@ const XmpProperty* XmpPacket::find(std::string_view space, std::string_view name
 std::string XmpPacket::textIn(const XmlSpan& span) const {
   pugi::xml_document document;
   const std::string element = "<t>" + std::string(text_.substr(span.begin, span.end - span.begin)) + "</t>";
-  document.load_buffer(element.data(), element.size(), pugi::parse_default, pugi::encoding_utf8);
+  loads(document, element);
   return document.first_child().text().get();
 }
 

@@ -152,16 +152,16 @@ TEST(Limits, StopADecodeBeforeItAllocates) {
   EXPECT_EQ(faultOf(decodeBytes(small, tight)), (Fault{FaultKind::limit, LimitName::compressionRatio}));
 }
 
-TEST(Limits, OfMetadataAndProfilesLeaveThemOut) {
+TEST(Limits, OfMetadataRefuseThePictureRatherThanItsMetadata) {
   OSTRA_NEEDS_PROGRAM("convert");
   const Bytes jpeg = madeByImageMagick({"-size", "8x8", "xc:red"}, "jpg");
   const Bytes comment = jpegSegment(0xFE, "", bytesOfText(std::string(5000, 'x')));
   Limits tight;
   tight.metadataBytes = 4000;
   const auto reader = std::get<std::unique_ptr<Reader>>(openBytes(withJpegSegment(jpeg, comment), tight));
-  EXPECT_FALSE(faultOf(reader->decode(0)));
-  EXPECT_TRUE(std::holds_alternative<Properties>(reader->properties(0)));
-  EXPECT_EQ(std::get<Properties>(reader->properties(0)).carrier, nullptr);
+  const Fault expected{FaultKind::limit, LimitName::metadataBytes};
+  EXPECT_EQ(faultOf(reader->decode(0)), expected);
+  EXPECT_EQ(std::get<Fault>(reader->properties(0)), expected);
 }
 
 }  // namespace

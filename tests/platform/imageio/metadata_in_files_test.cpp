@@ -232,7 +232,7 @@ TEST_F(MetadataInFiles, AnExtensionThatLacksAPartIsLeftOut) {
       "xmp:Rating='4'/></r:RDF></x:xmpmeta>";
   const auto split = splitXmp(bytesOfText(packet), 60);
   EXPECT_FALSE(split) << "no room even for the mark";
-  EXPECT_FALSE(joinXmp(bytesOfText(packet), bytesOfText("<x:xmpmeta>")));
+  EXPECT_FALSE(joinXmp(bytesOfText(packet), bytesOfText("<x:xmpmeta>"), 1000));
 }
 
 TEST_F(MetadataInFiles, ExifTooLargeForAJpegShedsInsteadOfFailing) {

@@ -4,8 +4,6 @@ Everything is measured in turns, in the same run, and printed as ratios of media
 """
 import os
 import shutil
-import statistics
-import subprocess
 import sys
 import time
 from pathlib import Path
@@ -15,15 +13,12 @@ ROUNDS = int(sys.argv[2]) if len(sys.argv) > 2 else 15
 os.environ.update(OSTRA_PROGRAM=str(BUILD / "ostra"), OSTRA_PANEL_PROGRAM="", OSTRA_SCREENSHOTS="")
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "tests" / "desktop"))
 
+from measures import medians, run  # noqa: E402
 from programs import convert_panel  # noqa: E402
 from session import Desktop, press, wait_for  # noqa: E402
 
 PROFILES = 400
 NAME = "Display P3"
-
-
-def run(*words, **options):
-    return subprocess.run([str(word) for word in words], check=True, capture_output=True, **options).stdout
 
 
 def data_without_profiles(folder):
@@ -45,15 +40,6 @@ def make_profiles(folder, picture):
         (folder / f"{number}.icc").write_bytes(profile.replace(NAME.encode("utf-16-be"), name.encode("utf-16-be")))
 
 
-def medians(measures):
-    """Of each measure, all taken in turns."""
-    times = {name: [] for name in measures}
-    for _ in range(ROUNDS):
-        for name, measure in measures.items():
-            times[name].append(measure())
-    return {name: statistics.median(values) for name, values in times.items()}
-
-
 def frames(desktop, folder):
     picture = folder / "picture.jpg"
     run("convert", "-size", "300x200", "gradient:", picture)
@@ -65,7 +51,7 @@ def frames(desktop, folder):
     def first_frame(words, **environment):
         return lambda: float(run(BUILD / "bench" / "first_frame", *words,
                                  env={**desktop.environment, **settings, **environment}))
-    took = medians({
+    took = medians(ROUNDS, {
         "an empty window": first_frame([BUILD / "bench" / "empty_window"]),
         "an empty window drawn in software": first_frame([BUILD / "bench" / "empty_window"], GSK_RENDERER="cairo"),
         "no profiles": first_frame(convert),
@@ -99,7 +85,7 @@ def conversions(desktop, folder):
     def by_command():
         shutil.copy(original, picture)
         return until_changed(picture, lambda: run(BUILD / "ostra", "srgb", picture, env=desktop.environment))
-    took = medians({"panel": by_panel, "command": by_command})
+    took = medians(ROUNDS, {"panel": by_panel, "command": by_command})
     print(f"from Convert to the picture / ostra srgb from its start: {took['panel'] / took['command']:.2f}")
 
 

@@ -1,5 +1,7 @@
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <typeinfo>
 
 #include <cxxabi.h>
@@ -35,6 +37,8 @@ std::string localizedDescription(const std::exception_ptr& failure) {
     return error.errorDescription().value_or(typeSentence(&typeid(error)));
   } catch (const NSError& error) {
     return error.localizedDescription();
+  } catch (const std::bad_alloc&) {
+    return NSError(std::string(NSPOSIXErrorDomain), ENOMEM).localizedDescription();
   } catch (const std::exception& error) {
     return typeSentence(&typeid(error));
   } catch (...) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <new>
 #include <stdexcept>
 #include <tuple>
 
@@ -128,6 +129,11 @@ TEST(FailureDescription, IsTheErrorsOwnWhereItHasOne) {
   EXPECT_EQ(localizedDescription(std::make_exception_ptr(Spoken())), "a.png: too large.");
   EXPECT_EQ(localizedDescription(std::make_exception_ptr(fileError(ENOENT, kRead, "/a/b.png"))),
             "The file “b.png” couldn’t be opened because there is no such file.");
+}
+
+TEST(FailureDescription, SaysThatMemoryWasLacking) {
+  EXPECT_EQ(localizedDescription(std::make_exception_ptr(std::bad_alloc())),
+            "The operation couldn’t be completed. Cannot allocate memory");
 }
 
 TEST(FailureDescription, NamesTheTypeOfAnyOtherFailure) {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/exit_status.h"
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 namespace ostra {
 

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 namespace ostra {
 

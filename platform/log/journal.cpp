@@ -10,7 +10,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 namespace ostra {
 namespace {

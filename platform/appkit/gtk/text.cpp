@@ -2,7 +2,7 @@
 
 #include <glib.h>
 
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 namespace ostra::gtk {
 

@@ -12,7 +12,7 @@
 #include "platform/appkit/plain_text.h"
 #include "platform/appkit/terminal/panel_question.h"
 #include "platform/appkit/terminal/save_question.h"
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 namespace ostra {
 namespace {
@@ -40,7 +40,7 @@ std::string barLine(const Progress& progress, std::size_t columns) {
   const std::size_t filled = progress.total == 0 ? 0 : progress.done * kBarWidth / progress.total;
   const std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
                            std::to_string(progress.done) + " of " + std::to_string(progress.total) + "  " +
-                           printable(progress.name);
+                           printableLine(progress.name);
   // One column stays free: a full line would wrap, and could not be drawn over.
   return std::string(shortened(line, columns - 1));
 }

@@ -1,4 +1,6 @@
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
+
+#include <algorithm>
 
 namespace ostra {
 namespace {
@@ -18,6 +20,12 @@ std::string printable(std::string_view text) {
     if (isC1) ++i;
   }
   return result;
+}
+
+std::string printableLine(std::string_view text) {
+  std::string line = printable(text);
+  std::replace(line.begin(), line.end(), '\n', '?');
+  return line;
 }
 
 }  // namespace ostra

@@ -1,4 +1,4 @@
-#include "platform/log/printable.h"
+#include "platform/foundation/printable.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +15,8 @@ TEST(Printable, TakesAwayWhatATerminalWouldObey) {
                       "2Jb"),
             "a?2Jb");
 }
+
+TEST(Printable, LineHasNoSecondOne) { EXPECT_EQ(printableLine("a\nb\033.png"), "a?b?.png"); }
 
 TEST(Printable, LeavesBytesThatAreNoText) {
   EXPECT_EQ(printable("\xFF\xC2"), "\xFF\xC2");

@@ -18,7 +18,7 @@
 
 namespace ostra {
 
-enum class FaultKind { notImage, damaged, limit, crashed, timeout };
+enum class FaultKind { notImage, damaged, limit, crashed };
 
 /// Why the door gave nothing; never a library's own words. `limit` is `LimitName::none` unless the kind is
 /// `limit`.

@@ -40,8 +40,6 @@ CGImageRef imageOfPixels(Pixels pixels) {
 // Every fault is "nothing" to the caller; of a limit people are told, since the file itself may be good.
 void notice(const URL& url, const Fault& fault) {
   if (fault.kind == FaultKind::limit) Service<LimitNotice>::current().pictureStopped(url, fault.limit);
-  if (fault.kind == FaultKind::timeout)
-    Service<LimitNotice>::current().pictureStopped(url, LimitName::seconds);
 }
 
 class DoorImageSource : public CGImageSource {

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/foundation/printable.h"
+
 namespace ostra {
 namespace {
 
@@ -20,6 +22,8 @@ const char* inWords(LimitName limit) {
       return "its metadata is too large";
     case LimitName::profileBytes:
       return "its colour profile is too large";
+    case LimitName::scans:
+      return "it is drawn in too many passes";
     case LimitName::seconds:
       return "decoding takes too long";
     case LimitName::none:
@@ -28,19 +32,11 @@ const char* inWords(LimitName limit) {
   return "it exceeds a limit";
 }
 
-// A name must not move the cursor of a terminal or pass for a line of ours.
-std::string onOneLine(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
-  }
-  return text;
-}
-
 class StandardErrorNotice : public LimitNotice {
  public:
   void pictureStopped(const URL& picture, LimitName limit) override {
     const std::string line =
-        onOneLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
+        printableLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
     std::fputs(line.c_str(), stderr);
   }
 };

@@ -13,6 +13,7 @@ enum class LimitName {
   frames,
   metadataBytes,
   profileBytes,
+  scans,
   seconds
 };
 
@@ -29,6 +30,8 @@ struct Limits {
   std::uint32_t frames = 10'000;
   std::size_t metadataBytes = 64u << 20;
   std::size_t profileBytes = 16u << 20;
+  /// Passes over the whole picture; no program makes nearly as many.
+  std::uint32_t scans = 500;
   std::uint32_t seconds = 300;
 };
 

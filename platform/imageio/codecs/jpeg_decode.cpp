@@ -10,9 +10,6 @@
 namespace ostra {
 namespace {
 
-// Enough for every program that makes scans; each one is a pass over the whole picture.
-constexpr int kMaximumScans = 500;
-
 // What the library's calls reach; it lives outside the frame that they jump through.
 struct JpegDecoding {
   JpegErrors errors{};
@@ -20,10 +17,11 @@ struct JpegDecoding {
   jpeg_source_mgr source{};
   jpeg_progress_mgr progress{};
   DecodeClock clock;
+  std::uint32_t mostScans;
+  LimitName exceeded = LimitName::none;
   bool ranOut = false;
-  bool outOfTime = false;
 
-  explicit JpegDecoding(std::uint32_t seconds) : clock(seconds) {}
+  explicit JpegDecoding(const Limits& limits) : clock(limits.seconds), mostScans(limits.scans) {}
 };
 
 JpegDecoding& decodingOf(j_common_ptr library) { return *static_cast<JpegDecoding*>(library->client_data); }
@@ -52,9 +50,12 @@ void onSkip(j_decompress_ptr library, long count) {
 
 void onProgress(j_common_ptr library) {
   JpegDecoding& decoding = decodingOf(library);
-  decoding.outOfTime = decoding.outOfTime || decoding.clock.isOver();
-  if (decoding.outOfTime || decoding.library.input_scan_number > kMaximumScans)
-    std::longjmp(decoding.errors.escape, 1);
+  if (static_cast<std::uint32_t>(decoding.library.input_scan_number) > decoding.mostScans) {
+    decoding.exceeded = LimitName::scans;
+  } else if (decoding.clock.isOver()) {
+    decoding.exceeded = LimitName::seconds;
+  }
+  if (decoding.exceeded != LimitName::none) std::longjmp(decoding.errors.escape, 1);
 }
 
 void connect(JpegDecoding& decoding, ByteView file) {
@@ -153,12 +154,13 @@ Answer<Pixels> decodeJpegPixels(ByteView file, const JpegFrame& frame, const Lim
       exceededLimit(limits, layout->width, layout->height, memoryForAPixel(*layout, frame), file.size());
   if (limit != LimitName::none) return Fault{FaultKind::limit, limit};
   PixelMemory memory(layout->bytesPerRow * layout->height);
-  JpegDecoding decoding(limits.seconds);
+  JpegDecoding decoding(limits);
   bool inverted = false;
   const bool done = run(decoding, file, *layout, memory.data(), inverted);
   jpeg_destroy_decompress(&decoding.library);
   if (!done && lacksMemory(decoding.errors)) throw std::bad_alloc();
-  if (!done) return Fault{decoding.outOfTime ? FaultKind::timeout : FaultKind::damaged};
+  if (decoding.exceeded != LimitName::none) return Fault{FaultKind::limit, decoding.exceeded};
+  if (!done) return Fault{FaultKind::damaged};
   if (inverted) {
     std::transform(memory.data(), memory.data() + memory.size(), memory.data(),
                    [](std::uint8_t sample) { return static_cast<std::uint8_t>(255 - sample); });

@@ -144,7 +144,7 @@ Answer<Pixels> decodePngPixels(ByteView file, const PngStructure& structure, con
                        DecodeClock(limits.seconds)};
   for (std::size_t y = 0; y < layout.height; ++y) decoding.rows[y] = memory.data() + y * layout.bytesPerRow;
   if (!decodeInto(decoding, structure, layout.bytesPerRow))
-    return Fault{decoding.outOfTime ? FaultKind::timeout : FaultKind::damaged};
+    return decoding.outOfTime ? Fault{FaultKind::limit, LimitName::seconds} : Fault{FaultKind::damaged};
   return Pixels{layout, std::move(memory).share(), Untagged{}};
 }
 

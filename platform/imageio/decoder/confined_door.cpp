@@ -29,7 +29,7 @@ std::size_t mostPixelsMessageBytes(const Limits& limits) { return limits.profile
 /// How the end of a decoder counts that should have said more.
 Fault faultOfEnd(std::optional<int> status) {
   if (!status || !WIFSIGNALED(*status)) return {FaultKind::crashed};
-  if (WTERMSIG(*status) == SIGXCPU) return {FaultKind::timeout};
+  if (WTERMSIG(*status) == SIGXCPU) return {FaultKind::limit, LimitName::seconds};
   if (WTERMSIG(*status) == SIGXFSZ) return {FaultKind::limit, LimitName::decodedBytes};
   return {FaultKind::crashed};
 }
@@ -45,7 +45,7 @@ template <class T>
 Answer<T> next(const DecoderProcess& decoder, std::size_t most, Channel::Deadline deadline,
                std::optional<Answer<T>> (*read)(ByteView)) {
   const Channel::Received received = decoder.channel.receive(most, deadline);
-  if (received.silence == Channel::Silence::late) return Fault{FaultKind::timeout};
+  if (received.silence == Channel::Silence::late) return Fault{FaultKind::limit, LimitName::seconds};
   if (received.silence == Channel::Silence::closed) return faultOfSilence(decoder);
   auto answer = read(received.message);
   if (!answer) return Fault{FaultKind::crashed};
@@ -100,7 +100,7 @@ class ConfinedReader : public Reader {
     auto answer = next<DecodedPixels>(decoder_, mostPixelsMessageBytes(task_.limits), deadline_, pixelsOf);
     if (const auto* fault = std::get_if<Fault>(&answer)) return *fault;
     const auto status = decoder_.end(deadline_);
-    if (!status) return Fault{FaultKind::timeout};
+    if (!status) return Fault{FaultKind::limit, LimitName::seconds};
     if (*status != kServed) return faultOfEnd(status);
     return believedPixels(std::get<DecodedPixels>(std::move(answer)), opened_, pixelFile_.get());
   }

@@ -119,6 +119,15 @@ TEST_F(JpegOddities, StrayBytesBeforeTheEndAreHarmlessAndManyAreNot) {
   EXPECT_EQ(faultOf(decodeBytes(many)), Fault{FaultKind::damaged});
 }
 
+TEST_F(JpegOddities, MorePassesThanTheLimitAreRefused) {
+  const Bytes file = jpegOf({"-progressive"});  // ten passes
+  Limits limits;
+  limits.scans = 10;
+  EXPECT_TRUE(std::holds_alternative<Pixels>(decodeBytes(file, limits)));
+  limits.scans = 9;
+  EXPECT_EQ(faultOf(decodeBytes(file, limits)), (Fault{FaultKind::limit, LimitName::scans}));
+}
+
 TEST_F(JpegOddities, AMissingEndMarkerLosesNothingOfASingleScan) {
   Bytes file = jpegOf({});
   const Bytes whole = colourSamples(decoded(file));

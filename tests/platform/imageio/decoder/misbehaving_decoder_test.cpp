@@ -64,7 +64,10 @@ Answer<Pixels> decodeWith(ConfinedDoor& door, const Limits& limits = {}) {
   return std::get<std::unique_ptr<Reader>>(answer)->decode(0);
 }
 
-FaultKind faultOf(const Zygote::Serve& serve, const Limits& limits = {}) {
+constexpr Fault kCrash{FaultKind::crashed};
+constexpr Fault kLate{FaultKind::limit, LimitName::seconds};
+
+Fault faultOf(const Zygote::Serve& serve, const Limits& limits = {}) {
   Confined confined(serve);
   const auto answer = decodeWith(confined.door, limits);
   const auto* fault = std::get_if<Fault>(&answer);
@@ -72,7 +75,7 @@ FaultKind faultOf(const Zygote::Serve& serve, const Limits& limits = {}) {
   // The next file is served by another process, which may do better or not; the door is not hurt.
   const auto next = decodeWith(confined.door, limits);
   EXPECT_TRUE(std::holds_alternative<Fault>(next));
-  return fault == nullptr ? FaultKind::notImage : fault->kind;
+  return fault == nullptr ? Fault{FaultKind::notImage} : *fault;
 }
 
 TEST(MisbehavingDecoder, IsBelievedWhenItBehaves) {
@@ -81,14 +84,13 @@ TEST(MisbehavingDecoder, IsBelievedWhenItBehaves) {
 }
 
 TEST(MisbehavingDecoder, ThatCrashesIsOneFault) {
-  EXPECT_EQ(faultOf([](const DecoderTask&, const Confinement&) { std::abort(); }), FaultKind::crashed);
-  EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { *static_cast<volatile int*>(nullptr) = 1; })),
-            FaultKind::crashed);
+  EXPECT_EQ(faultOf([](const DecoderTask&, const Confinement&) { std::abort(); }), kCrash);
+  EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { *static_cast<volatile int*>(nullptr) = 1; })), kCrash);
 }
 
 TEST(MisbehavingDecoder, ThatEndsEarlyAsIfAllWereWellIsOneFault) {
-  EXPECT_EQ(faultOf([](const DecoderTask&, const Confinement&) { _exit(0); }), FaultKind::crashed);
-  EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { _exit(0); })), FaultKind::crashed);
+  EXPECT_EQ(faultOf([](const DecoderTask&, const Confinement&) { _exit(0); }), kCrash);
+  EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { _exit(0); })), kCrash);
 }
 
 TEST(MisbehavingDecoder, ThatTellsAllAndFailsInTheEndIsOneFault) {
@@ -96,7 +98,7 @@ TEST(MisbehavingDecoder, ThatTellsAllAndFailsInTheEndIsOneFault) {
               parent().send(messageOf(Answer<DecodedPixels>(pixels)));
               _exit(1);
             })),
-            FaultKind::crashed);
+            kCrash);
 }
 
 TEST(MisbehavingDecoder, ThatHangsIsStopped) {
@@ -107,7 +109,7 @@ TEST(MisbehavingDecoder, ThatHangsIsStopped) {
                       for (;;) usleep(1000);
                     }),
                     limits),
-            FaultKind::timeout);
+            kLate);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
@@ -119,7 +121,7 @@ TEST(MisbehavingDecoder, ThatDoesNotEndAfterItsLastWordIsStopped) {
                       for (;;) usleep(1000);
                     }),
                     limits),
-            FaultKind::timeout);
+            kLate);
 }
 
 TEST(MisbehavingDecoder, ThatTalksNonsenseIsOneFault) {
@@ -127,7 +129,7 @@ TEST(MisbehavingDecoder, ThatTalksNonsenseIsOneFault) {
               parent().send(Bytes(64, 0xFF));
               _exit(kServed);
             }),
-            FaultKind::crashed);
+            kCrash);
 }
 
 TEST(MisbehavingDecoder, ThatAnnouncesAnEndlessMessageIsOneFault) {
@@ -136,7 +138,7 @@ TEST(MisbehavingDecoder, ThatAnnouncesAnEndlessMessageIsOneFault) {
               [[maybe_unused]] const auto sent = write(kChannelDescriptor, &size, sizeof size);
               _exit(kServed);
             }),
-            FaultKind::crashed);
+            kCrash);
 }
 
 TEST(MisbehavingDecoder, ThatLiesAboutItsPixelsIsOneFault) {

@@ -43,18 +43,18 @@ Answer<Pixels> decodeWith(ConfinedDoor& door, const Bytes& file, const Limits& l
   return std::get<std::unique_ptr<Reader>>(answer)->decode(0);
 }
 
-FaultKind faultWith(const std::function<void()>& act, const Limits& limits = {}) {
+Fault faultWith(const std::function<void()>& act, const Limits& limits = {}) {
   EvilProfile evil(act);
   const Service<ProfileTrial>::Override tried(evil);
   Confined confined;  // its decoders have the evil too
   const auto answer = decodeWith(confined.door, pictureWith(test::rgbTableProfile()), limits);
   const auto* fault = std::get_if<Fault>(&answer);
-  return fault == nullptr ? FaultKind::notImage : fault->kind;
+  return fault == nullptr ? Fault{FaultKind::notImage} : *fault;
 }
 
 TEST(ProfileTrial, OfAProfileOnWhichTheLibraryCrashesCostsTheDecoderAlone) {
-  EXPECT_EQ(faultWith([] { *static_cast<volatile int*>(nullptr) = 1; }), FaultKind::crashed);
-  EXPECT_EQ(faultWith([] { std::abort(); }), FaultKind::crashed);
+  EXPECT_EQ(faultWith([] { *static_cast<volatile int*>(nullptr) = 1; }), Fault{FaultKind::crashed});
+  EXPECT_EQ(faultWith([] { std::abort(); }), Fault{FaultKind::crashed});
 }
 
 TEST(ProfileTrial, OfAProfileOnWhichTheLibraryHangsEndsInTime) {
@@ -65,11 +65,11 @@ TEST(ProfileTrial, OfAProfileOnWhichTheLibraryHangsEndsInTime) {
                   for (volatile bool on = true; on;) on = true;
                 },
                 limits),
-            FaultKind::timeout);
+            (Fault{FaultKind::limit, LimitName::seconds}));
 }
 
 TEST(ProfileTrial, OfAProfileForWhichThereIsNoMemoryIsNoPictureWithoutAProfile) {
-  EXPECT_EQ(faultWith([] { throw std::bad_alloc(); }), FaultKind::limit);
+  EXPECT_EQ(faultWith([] { throw std::bad_alloc(); }), (Fault{FaultKind::limit, LimitName::decodedBytes}));
 }
 
 TEST(ProfileTrial, LeavesPicturesWithoutAProfileAlone) {

@@ -42,13 +42,14 @@ RecentSpaces& recentSpaces() {
 
 CGColorSpaceRef spaceOfProfile(const CheckedProfile& profile) {
   const ByteView bytes = profile.bytes();
-  if (!libraryConvertsFrom(bytes)) return nullptr;
+  auto shaper = Shaper::ofProfile(profile);
+  if (!shaper && !libraryConvertsFrom(bytes)) return nullptr;
   auto contents = std::make_unique<CGColorSpace::Contents>();
   contents->model = profile.model();
   contents->components = profile.components();
   contents->icc.assign(bytes.begin(), bytes.end());
   contents->description = iccDescription(profile);
-  contents->shaper = Shaper::ofProfile(profile);
+  contents->shaper = std::move(shaper);
   return std::make_shared<CGColorSpace>(std::move(contents));
 }
 

@@ -6,6 +6,7 @@
 #include <lcms2.h>
 
 #include "platform/graphics/library_memory.h"
+#include "platform/graphics/library_profile.h"
 #include "platform/graphics/shaper.h"
 
 namespace ostra {
@@ -15,19 +16,11 @@ constexpr cmsUInt32Number exactly = cmsFLAGS_NOOPTIMIZE;
 
 cmsContext library() { return static_cast<cmsContext>(colorLibrary()); }
 
-struct CloseProfile {
-  void operator()(void* profile) const { cmsCloseProfile(profile); }
-};
 struct DeleteTransform {
   void operator()(void* transform) const { cmsDeleteTransform(transform); }
 };
-using Profile = std::unique_ptr<void, CloseProfile>;
+using Profile = LibraryProfile;
 using Transform = std::unique_ptr<void, DeleteTransform>;
-
-Profile openProfile(ByteView bytes) {
-  return Profile(
-      cmsOpenProfileFromMemTHR(library(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
-}
 
 cmsUInt32Number components(const Profile& profile) { return cmsChannelsOf(cmsGetColorSpace(profile.get())); }
 
@@ -36,16 +29,12 @@ cmsUInt32Number format16(const Profile& profile) {
   return COLORSPACE_SH(static_cast<cmsUInt32Number>(space)) | CHANNELS_SH(components(profile)) | BYTES_SH(2);
 }
 
-/// The library matches black points whenever a profile of version 4 meets the perceptual intent. A profile of
-/// curves has no perceptual table, so that rule is not meant for it; told as version 2 it says the same
-/// without.
-Profile openWithoutBlackPointRule(ByteView bytes, cmsUInt32Number intent) {
-  Profile profile = openProfile(bytes);
-  const auto checked = CheckedProfile::of(bytes);
-  const bool curvesAlone = checked && Shaper::ofProfile(*checked);
-  if (profile && curvesAlone && intent != INTENT_ABSOLUTE_COLORIMETRIC)
-    cmsSetProfileVersion(profile.get(), 2.4);
-  return profile;
+/// Only the absolute intent asks for more than the numbers of a profile of curves.
+Profile openProfile(ByteView icc, cmsUInt32Number intent) {
+  const auto checked = CheckedProfile::of(icc);
+  const auto shaper = checked ? Shaper::ofProfile(*checked) : std::nullopt;
+  if (!shaper || intent == INTENT_ABSOLUTE_COLORIMETRIC) return libraryProfileOf(icc);
+  return libraryProfileOf(*shaper);
 }
 
 cmsUInt32Number libraryIntent(CGColorRenderingIntent intent) {
@@ -95,15 +84,15 @@ ProfileTransform::ProfileTransform() {
 }
 
 bool libraryConvertsFrom(ByteView bytes) {
-  const Profile profile = openProfile(bytes);
+  const Profile profile = libraryProfileOf(bytes);
   return profile && convertsFrom(profile);
 }
 
 std::shared_ptr<const ProfileTransform> ProfileTransform::create(ByteView source, ByteView destination,
                                                                  CGColorRenderingIntent intent) {
   const auto chosen = libraryIntent(intent);
-  const Profile from = openWithoutBlackPointRule(source, chosen);
-  const Profile to = openWithoutBlackPointRule(destination, chosen);
+  const Profile from = openProfile(source, chosen);
+  const Profile to = openProfile(destination, chosen);
   if (!from || !to) return nullptr;
   Transform transform(
       cmsCreateTransformTHR(library(), from.get(), format16(from), to.get(), format16(to), chosen, exactly));

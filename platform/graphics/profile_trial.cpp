@@ -45,7 +45,8 @@ class LibraryTrial final : public ProfileTrial {
  public:
   void run(ByteView profile) override {
     const auto checked = CheckedProfile::of(profile);
-    if (!checked || namedSpaceOfProfile(checked->bytes()) != nullptr) return;
+    // The library is only told the numbers of a profile of curves.
+    if (!checked || Shaper::ofProfile(*checked)) return;
     if (!libraryConvertsFrom(checked->bytes())) return;
     const CGColorSpaceRef known = namedSpace(kCGColorSpaceSRGB);
     runThrough(checked->bytes(), known->iccData());

@@ -1,4 +1,4 @@
-#include "platform/imageio/limit_notice.h"
+#include "platform/imageio/decoding_notice.h"
 
 #include <cstdio>
 #include <string>
@@ -28,6 +28,19 @@ const char* inWords(LimitName limit) {
   return "it exceeds a limit";
 }
 
+const char* inWords(const Fault& fault) {
+  switch (fault.kind) {
+    case FaultKind::timeout:
+      return inWords(LimitName::seconds);
+    case FaultKind::crashed:
+      return "its decoder broke down";
+    case FaultKind::forbidden:
+      return "its decoder asked the system for something forbidden";
+    default:
+      return inWords(fault.limit);
+  }
+}
+
 // A name must not move the cursor of a terminal or pass for a line of ours.
 std::string onOneLine(std::string text) {
   for (char& c : text) {
@@ -36,18 +49,18 @@ std::string onOneLine(std::string text) {
   return text;
 }
 
-class StandardErrorNotice : public LimitNotice {
+class StandardErrorNotice : public DecodingNotice {
  public:
-  void pictureStopped(const URL& picture, LimitName limit) override {
+  void pictureStopped(const URL& picture, const Fault& fault) override {
     const std::string line =
-        onOneLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
+        onOneLine(picture.lastPathComponent()) + ": not decoded, " + inWords(fault) + ".\n";
     std::fputs(line.c_str(), stderr);
   }
 };
 
 }  // namespace
 
-LimitNotice& LimitNotice::standard() {
+DecodingNotice& DecodingNotice::standard() {
   static StandardErrorNotice notice;
   return notice;
 }

@@ -18,7 +18,8 @@
 
 namespace ostra {
 
-enum class FaultKind { notImage, damaged, limit, crashed };
+/// `forbidden`: its decoder was ended because it asked the system for something that it may not do.
+enum class FaultKind { notImage, damaged, limit, crashed, forbidden };
 
 /// Why the door gave nothing; never a library's own words. `limit` is `LimitName::none` unless the kind is
 /// `limit`.

@@ -7,7 +7,7 @@
 
 #include "platform/foundation/service.h"
 #include "platform/imageio/codec_door.h"
-#include "platform/imageio/limit_notice.h"
+#include "platform/imageio/decoding_notice.h"
 #include "platform/imageio/profile_space.h"
 
 namespace ostra {
@@ -37,9 +37,11 @@ CGImageRef imageOfPixels(Pixels pixels) {
                          CGColorRenderingIntent::standard);
 }
 
-// Every fault is "nothing" to the caller; of a limit people are told, since the file itself may be good.
+// Every fault is "nothing" to the caller. Of what may not be the file's own damage people are told: a limit
+// can stop a good file, and one that brings its decoder down may be meant to.
 void notice(const URL& url, const Fault& fault) {
-  if (fault.kind == FaultKind::limit) Service<LimitNotice>::current().pictureStopped(url, fault.limit);
+  if (fault.kind == FaultKind::notImage || fault.kind == FaultKind::damaged) return;
+  Service<DecodingNotice>::current().pictureStopped(url, fault);
 }
 
 class DoorImageSource : public CGImageSource {

@@ -30,6 +30,7 @@ std::size_t mostPixelsMessageBytes(const Limits& limits) { return limits.profile
 Fault faultOfEnd(std::optional<int> status) {
   if (!status || !WIFSIGNALED(*status)) return {FaultKind::crashed};
   if (WTERMSIG(*status) == SIGXCPU) return {FaultKind::limit, LimitName::seconds};
+  if (WTERMSIG(*status) == SIGSYS) return {FaultKind::forbidden};
   if (WTERMSIG(*status) == SIGXFSZ) return {FaultKind::limit, LimitName::decodedBytes};
   return {FaultKind::crashed};
 }

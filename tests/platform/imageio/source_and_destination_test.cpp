@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 
 #include "platform/foundation/service.h"
+#include "platform/imageio/decoding_notice.h"
 #include "platform/imageio/image_destination.h"
 #include "platform/imageio/image_source.h"
-#include "platform/imageio/limit_notice.h"
 #include "tests/platform/imageio/picture_files.h"
 #include "tests/support/program.h"
 
@@ -89,12 +89,12 @@ TEST_F(Sources, GiveUntaggedPicturesTheSpaceOfTheirModel) {
             kCGColorSpaceDeviceCMYK);
 }
 
-class RecordingNotice : public LimitNotice {
+class RecordingNotice : public DecodingNotice {
  public:
-  void pictureStopped(const URL& picture, LimitName limit) override {
-    notices.emplace_back(picture.lastPathComponent(), limit);
+  void pictureStopped(const URL& picture, const Fault& fault) override {
+    notices.emplace_back(picture.lastPathComponent(), fault);
   }
-  std::vector<std::pair<std::string, LimitName>> notices;
+  std::vector<std::pair<std::string, Fault>> notices;
 };
 
 TEST_F(Sources, SayWhichLimitStoppedAPicture) {
@@ -105,13 +105,28 @@ TEST_F(Sources, SayWhichLimitStoppedAPicture) {
             joined({Bytes(small.begin(), small.begin() + 8), pngChunk("IHDR", header),
                     Bytes(small.begin() + 33, small.end())}));
   RecordingNotice notice;
-  const Service<LimitNotice>::Override override(notice);
+  const Service<DecodingNotice>::Override override(notice);
   const auto source = sourceOf(folder.path("huge.png"));
   EXPECT_EQ(source->type(), "public.png");
   EXPECT_TRUE(notice.notices.empty());
   EXPECT_EQ(source->createImageAtIndex(0, {}), nullptr);
   ASSERT_EQ(notice.notices.size(), 1u);
-  EXPECT_EQ(notice.notices[0], std::make_pair(std::string("huge.png"), LimitName::pixels));
+  EXPECT_EQ(notice.notices[0],
+            std::make_pair(std::string("huge.png"), Fault{FaultKind::limit, LimitName::pixels}));
+}
+
+TEST(DecodingNotices, AreALineThatNamesThePictureAndWhatStoppedIt) {
+  const URL picture = URL::fileURLWithPath("/pictures/a\nb.png");
+  testing::internal::CaptureStderr();
+  for (const Fault& fault :
+       {Fault{FaultKind::limit, LimitName::pixels}, Fault{FaultKind::limit, LimitName::seconds},
+        Fault{FaultKind::crashed}, Fault{FaultKind::forbidden}})
+    DecodingNotice::standard().pictureStopped(picture, fault);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "a?b.png: not decoded, it claims too many pixels.\n"
+            "a?b.png: not decoded, decoding takes too long.\n"
+            "a?b.png: not decoded, its decoder broke down.\n"
+            "a?b.png: not decoded, its decoder asked the system for something forbidden.\n");
 }
 
 TEST(Destinations, AreMadeForWritableTypesAndOnePicture) {

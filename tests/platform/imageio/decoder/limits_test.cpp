@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/foundation/service.h"
+#include "platform/imageio/decoding_notice.h"
 #include "platform/imageio/image_source.h"
-#include "platform/imageio/limit_notice.h"
 #include "tests/platform/imageio/decoder/confined.h"
 #include "tests/platform/imageio/picture_files.h"
 
@@ -33,10 +33,10 @@ class NarrowDoor : public CodecDoor {
   const Limits limits_;
 };
 
-class LastNotice : public LimitNotice {
+class LastNotice : public DecodingNotice {
  public:
-  void pictureStopped(const URL& picture, LimitName limit) override {
-    told.push_back({picture.lastPathComponent(), limit});
+  void pictureStopped(const URL& picture, const Fault& fault) override {
+    told.push_back({picture.lastPathComponent(), fault.limit});
   }
   std::vector<std::pair<std::string, LimitName>> told;
 };
@@ -66,7 +66,7 @@ class LimitsOfBothDoors : public testing::TestWithParam<Case> {
     NarrowDoor narrow(door, limits);
     const Service<CodecDoor>::Override behind(narrow);
     LastNotice notice;
-    const Service<LimitNotice>::Override noticed(notice);
+    const Service<DecodingNotice>::Override noticed(notice);
     const auto source = CGImageSource::createWithURL(URL::fileURLWithPath(path), {});
     ASSERT_NE(source, nullptr);
     // Opening refuses nothing: the file is known for what it is.

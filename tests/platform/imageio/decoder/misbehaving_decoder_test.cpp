@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -86,6 +87,11 @@ TEST(MisbehavingDecoder, IsBelievedWhenItBehaves) {
 TEST(MisbehavingDecoder, ThatCrashesIsOneFault) {
   EXPECT_EQ(faultOf([](const DecoderTask&, const Confinement&) { std::abort(); }), kCrash);
   EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { *static_cast<volatile int*>(nullptr) = 1; })), kCrash);
+}
+
+TEST(MisbehavingDecoder, ThatAsksForWhatIsForbiddenIsToldApart) {
+  EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { syscall(SYS_socket, AF_INET, SOCK_STREAM, 0); })),
+            FaultKind::forbidden);
 }
 
 TEST(MisbehavingDecoder, ThatEndsEarlyAsIfAllWereWellIsOneFault) {

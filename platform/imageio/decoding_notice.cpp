@@ -1,4 +1,4 @@
-#include "platform/imageio/limit_notice.h"
+#include "platform/imageio/decoding_notice.h"
 
 #include <cstdio>
 #include <string>
@@ -32,18 +32,29 @@ const char* inWords(LimitName limit) {
   return "it exceeds a limit";
 }
 
-class StandardErrorNotice : public LimitNotice {
+const char* inWords(const Fault& fault) {
+  switch (fault.kind) {
+    case FaultKind::crashed:
+      return "its decoder broke down";
+    case FaultKind::forbidden:
+      return "its decoder asked the system for something forbidden";
+    default:
+      return inWords(fault.limit);
+  }
+}
+
+class StandardErrorNotice : public DecodingNotice {
  public:
-  void pictureStopped(const URL& picture, LimitName limit) override {
+  void pictureStopped(const URL& picture, const Fault& fault) override {
     const std::string line =
-        printableLine(picture.lastPathComponent()) + ": not decoded, " + inWords(limit) + ".\n";
+        printableLine(picture.lastPathComponent()) + ": not decoded, " + inWords(fault) + ".\n";
     std::fputs(line.c_str(), stderr);
   }
 };
 
 }  // namespace
 
-LimitNotice& LimitNotice::standard() {
+DecodingNotice& DecodingNotice::standard() {
   static StandardErrorNotice notice;
   return notice;
 }

@@ -91,7 +91,7 @@ TEST(MisbehavingDecoder, ThatCrashesIsOneFault) {
 
 TEST(MisbehavingDecoder, ThatAsksForWhatIsForbiddenIsToldApart) {
   EXPECT_EQ(faultOf(decoder([](DecodedPixels&) { syscall(SYS_socket, AF_INET, SOCK_STREAM, 0); })),
-            FaultKind::forbidden);
+            Fault{FaultKind::forbidden});
 }
 
 TEST(MisbehavingDecoder, ThatEndsEarlyAsIfAllWereWellIsOneFault) {

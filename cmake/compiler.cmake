@@ -35,9 +35,10 @@ endfunction()
 # of theirs. So the rooms that they use are in the program whole, and their names, no others, can be found by a module.
 function(ostra_serves_modules program)
   set_target_properties(${program} PROPERTIES LINK_LIBRARY_OVERRIDE
-    "WHOLE_ARCHIVE,ostra_appkit,ostra_dispatch,ostra_foundation,ostra_log,ostra_types")
-  foreach(kind _ZN _ZNK _ZTIN _ZTSN _ZTVN)
+    "WHOLE_ARCHIVE,ostra_appkit,ostra_dispatch,ostra_foundation,ostra_graphics,ostra_imageio,ostra_log,ostra_types")
+  foreach(kind _ZN _ZNK _ZNO _ZTIN _ZTSN _ZTVN)
     target_link_options(${program} PRIVATE "LINKER:--export-dynamic-symbol=${kind}5ostra*")
   endforeach()
-  add_dependencies(${program} ostra_gtk4)
+  get_property(modules GLOBAL PROPERTY OSTRA_MODULES)
+  add_dependencies(${program} ${modules})
 endfunction()

@@ -77,7 +77,7 @@ UserInterfaceChoice userInterfaceNamed(const std::string& name) {
 
 void refuseWhatIsNotThereYet(const Parsed& parsed) {
   const std::string word = !parsed.bundle && !parsed.words.empty() ? parsed.words.front() : "";
-  if (word == "formats" || word == "integrate") {
+  if (word == "integrate") {
     throw UsageError("This version does not have the command “" + word + "” yet.");
   }
 }
@@ -107,6 +107,7 @@ CommandLine commandOnly(CommandLine::Command command) {
 std::optional<CommandLine::Command> listingNamed(const std::string& word) {
   if (word == "list") return CommandLine::Command::list;
   if (word == "profiles") return CommandLine::Command::profiles;
+  if (word == "formats") return CommandLine::Command::formats;
   return std::nullopt;
 }
 
@@ -135,6 +136,8 @@ std::string helpText() {
   ostra profiles               lists the profiles that convert-color-profile
                                offers; an empty line parts ours from the
                                installed ones
+  ostra formats                lists the formats of pictures, a line each, the
+                               fields separated by tabs
 
   --profile NAME        answers convert-color-profile, which asks otherwise
   --files-from=FILE|-   reads further paths, separated by NUL, from a file or

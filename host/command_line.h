@@ -9,7 +9,7 @@ enum class UserInterfaceChoice { automatic, desktop, terminal, none };
 
 /// What the user asked for. For a conversion either `action` or `bundle` is given; the files may be none.
 struct CommandLine {
-  enum class Command { convert, list, profiles, help, version };
+  enum class Command { convert, list, profiles, formats, help, version };
 
   Command command = Command::convert;
   std::string action;

@@ -5,6 +5,7 @@
 #include "host/confined_decoding.h"
 #include "host/conversion.h"
 #include "host/exit_status.h"
+#include "host/formats.h"
 #include "host/message.h"
 #include "host/process.h"
 #include "host/version.h"
@@ -22,6 +23,8 @@ int perform(const ostra::CommandLine& line) {
       return print(bundleList(bundlesIn(bundlesFolder())));
     case CommandLine::Command::profiles:
       return listProfiles();
+    case CommandLine::Command::formats:
+      return print(formatList());
     case CommandLine::Command::convert: {
       const ConfinedDecoding confined;
       return performAction(line);

@@ -18,8 +18,9 @@
 
 namespace ostra {
 
-/// `forbidden`: its decoder was ended because it asked the system for something that it may not do.
-enum class FaultKind { notImage, damaged, limit, crashed, forbidden };
+/// `missing`: this machine lacks the module of its format. `forbidden`: its decoder was ended because it
+/// asked the system for something that it may not do.
+enum class FaultKind { notImage, missing, damaged, limit, crashed, forbidden };
 
 /// Why the door gave nothing; never a library's own words. `limit` is `LimitName::none` unless the kind is
 /// `limit`.

@@ -38,12 +38,11 @@ class InProcessReader : public Reader {
 };
 
 Answer<std::unique_ptr<Reader>> openFile(const UniqueFd& file, const Limits& limits) {
-  const Codec* codec = codecForBytes(readBeginning(file.get(), kSignatureBytes));
-  if (codec == nullptr) return Fault{FaultKind::notImage};
+  if (codecForBytes(readBeginning(file.get(), kSignatureBytes)) == nullptr) return Fault{FaultKind::notImage};
   auto contents = readContents(file.get(), limits.decodedBytes);
   if (const auto* fault = std::get_if<Fault>(&contents)) return *fault;
   auto& bytes = std::get<SharedBytes>(contents);
-  auto opened = codec->open(bytes.view, limits);
+  auto opened = openWithCodec(bytes.view, limits);
   if (const auto* fault = std::get_if<Fault>(&opened)) return *fault;
   return std::make_unique<InProcessReader>(std::move(bytes),
                                            std::get<std::unique_ptr<CodecReader>>(std::move(opened)), limits);
@@ -58,13 +57,14 @@ class InProcessDoor : public CodecDoor {
   }
   Answer<Bytes> encode(std::string_view type, const Pixels& pixels, const Properties* properties) override {
     const Codec* codec = codecForType(type);
-    if (codec == nullptr || codec->encode == nullptr) return Fault{FaultKind::notImage};
-    return withinMemory([&] { return codec->encode(pixels, properties); });
+    const CodecFunctions* functions = codec == nullptr ? nullptr : functionsOf(*codec);
+    if (functions == nullptr || functions->encode == nullptr) return Fault{FaultKind::notImage};
+    return withinMemory([&] { return functions->encode(pixels, properties); });
   }
   std::set<std::string> writable() const override {
     std::set<std::string> types;
     for (const Codec& codec : allCodecs()) {
-      if (codec.encode != nullptr) types.emplace(codec.type);
+      if (codec.writes && isInstalled(codec)) types.emplace(codec.type);
     }
     return types;
   }

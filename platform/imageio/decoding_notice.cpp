@@ -34,6 +34,8 @@ const char* inWords(LimitName limit) {
 
 const char* inWords(const Fault& fault) {
   switch (fault.kind) {
+    case FaultKind::missing:
+      return "the package ostra-codecs, which reads its format, is not installed";
     case FaultKind::crashed:
       return "its decoder broke down";
     case FaultKind::forbidden:

@@ -4,13 +4,15 @@
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/signatures.h"
 
 namespace ostra {
 namespace {
 
 constexpr std::array kFormats{
-    Codec{"public.png", matchesPng, openPng, encodePng},
-    Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
+    Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
+    Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
+    Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 
 template <class Condition>

@@ -16,7 +16,7 @@ LimitName exceededLimit(const Limits& limits, std::uint64_t width, std::uint64_t
   const auto bytes = checkedProduct(*pixels, bytesPerPixel);
   if (!bytes || *bytes > limits.decodedBytes) return LimitName::decodedBytes;
   const auto allowed = checkedProduct(fileSize, limits.compressionRatio);
-  if (allowed && *bytes > *allowed) return LimitName::compressionRatio;
+  if (allowed && *bytes > *allowed && *bytes > limits.harmlessBytes) return LimitName::compressionRatio;
   return LimitName::none;
 }
 

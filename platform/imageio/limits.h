@@ -26,6 +26,8 @@ struct Limits {
   std::uint64_t decodedBytes = 8'000'000'000;
   /// Decoded bytes for one byte of file; a flat 1-bit PNG packs at about 8,000 once expanded.
   std::uint64_t compressionRatio = 40'000;
+  /// Memory that is no matter, however small the file: WebP keeps a flat picture in 40 bytes.
+  std::uint64_t harmlessBytes = 256u << 20;
   /// Frames counted; counting stops there, which refuses nothing by itself.
   std::uint32_t frames = 10'000;
   std::size_t metadataBytes = 64u << 20;

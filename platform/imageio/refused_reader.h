@@ -24,10 +24,12 @@ class RefusedReader : public Reader {
   Fault fault_;
 };
 
-/// What opening gives for a fault: limits and ends of decoders fail the decode, never the opening. Other
-/// faults, and files with no known signature, stay faults.
+/// What opening gives for a fault: limits and ends of decoders fail the decode, never the opening. A file
+/// that is no picture to this machine, or whose structure is damaged, stays a fault.
 inline Answer<std::unique_ptr<Reader>> refusedAtOpening(int file, Fault fault) {
-  if (fault.kind == FaultKind::notImage || fault.kind == FaultKind::damaged) return fault;
+  if (fault.kind == FaultKind::notImage || fault.kind == FaultKind::missing ||
+      fault.kind == FaultKind::damaged)
+    return fault;
   const Codec* codec = codecForBytes(readBeginning(file, kSignatureBytes));
   if (codec == nullptr) return fault;
   return std::make_unique<RefusedReader>(codec->type, fault);

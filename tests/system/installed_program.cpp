@@ -19,6 +19,10 @@ InstalledProgram::InstalledProgram(const std::string& home)
   fs::permissions(home_, fs::perms(0777));
 }
 
+void InstalledProgram::installModules() const {
+  fs::create_directory_symlink(OSTRA_MODULES, folder_.path("bin/modules"));
+}
+
 std::vector<std::string> InstalledProgram::environment() const {
   return {"HOME=" + home_, "XDG_CACHE_HOME=" + home_ + "/cache", "XDG_CONFIG_HOME=" + home_ + "/config",
           "LC_ALL=C.UTF-8"};

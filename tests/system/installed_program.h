@@ -14,6 +14,8 @@ class InstalledProgram {
   InstalledProgram();
   /// With the home in another folder, for tests that need it on a certain file system.
   explicit InstalledProgram(const std::string& home);
+  /// The program has no modules until then.
+  void installModules() const;
 
   ProgramResult run(const std::vector<std::string>& arguments, ProgramOptions options = {}) const;
   FaultedRun runWithFault(const std::vector<std::string>& arguments, const Injection& injection) const;

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <new>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "platform/imageio/codec.h"
+#include "platform/imageio/file_contents.h"
 
 namespace ostra {
 namespace {
@@ -34,6 +38,14 @@ bool place(std::array<UniqueFd, 4>& descriptors) {
     if (dup2(high[i], kPlaces[i]) < 0) return false;
   }
   return true;
+}
+
+/// A decoder without what it needs says so itself.
+void prepareFor(int file) {
+  try {
+    loadCodecsFor(readBeginning(file, kSignatureBytes));
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 int waitStatus(const siginfo_t& info) {
@@ -66,6 +78,8 @@ bool Nursery::serveRequest() {
   const bool whole = request->bytes.size() == sizeof(DecoderTask) &&
                      std::all_of(request->descriptors.begin(), request->descriptors.end(),
                                  [](const UniqueFd& descriptor) { return static_cast<bool>(descriptor); });
+  // Here and not in the decoder, which may open nothing; and once for all decoders.
+  if (whole) prepareFor(request->descriptors[0].get());
   if (whole) fork(std::move(*request));
   return true;
 }

@@ -33,10 +33,7 @@ FileBytes mapInput(std::uint64_t size) {
 }
 
 Answer<std::unique_ptr<CodecReader>> openInput(const DecoderTask& task) {
-  const FileBytes file = mapInput(task.fileSize);
-  const Codec* codec = codecForBytes(file.first(std::min(file.size(), kSignatureBytes)));
-  if (codec == nullptr) return Fault{FaultKind::notImage};
-  return codec->open(file, task.limits);
+  return openWithCodec(mapInput(task.fileSize), task.limits);
 }
 
 Answer<DecodedPixels> decode(CodecReader& reader, std::uint32_t index, const Limits& limits,

@@ -148,7 +148,7 @@ TEST(Limits, StopADecodeBeforeItAllocates) {
   tight.decodedBytes = 1000;
   EXPECT_EQ(faultOf(decodeBytes(small, tight)), (Fault{FaultKind::limit, LimitName::decodedBytes}));
   tight = {};
-  tight.compressionRatio = 0;
+  tight.compressionRatio = tight.harmlessBytes = 0;
   EXPECT_EQ(faultOf(decodeBytes(small, tight)), (Fault{FaultKind::limit, LimitName::compressionRatio}));
 }
 

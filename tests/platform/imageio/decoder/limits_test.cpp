@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
              [](Limits& limits) { limits.decodedBytes = test::kWidth * test::kHeight * 4 - 1; }},
         Case{"FileSize", LimitName::decodedBytes, [](Limits& limits) { limits.decodedBytes = 200; }},
         Case{"CompressionRatio", LimitName::compressionRatio,
-             [](Limits& limits) { limits.compressionRatio = 0; }},
+             [](Limits& limits) { limits.compressionRatio = limits.harmlessBytes = 0; }},
         Case{"MetadataBytes", LimitName::metadataBytes, [](Limits& limits) { limits.metadataBytes = 1000; }},
         Case{"ProfileBytes", LimitName::profileBytes, [](Limits& limits) { limits.profileBytes = 300; }},
         Case{"Seconds", LimitName::seconds, [](Limits& limits) { limits.seconds = 0; }}),
@@ -119,6 +119,7 @@ TEST_F(LimitsOfBothDoors, StopNothingThatJustFits) {
   limits.pixels = test::kWidth * test::kHeight;
   limits.decodedBytes = limits.pixels * 4;
   limits.compressionRatio = 10;
+  limits.harmlessBytes = 0;
   limits.metadataBytes = 3000;
   limits.profileBytes = 3000;
   limits.seconds = 30;

@@ -77,6 +77,17 @@ class Load {
   MutationTally& tally_;
 };
 
+void tellProgress(std::size_t done, std::size_t all, const std::vector<MutationTally>& tallies) {
+  std::size_t converted = 0, opened = 0, failures = 0;
+  for (const MutationTally& tally : tallies) {
+    converted += tally.converted;
+    opened += tally.opened;
+    failures += tally.failures();
+  }
+  std::fprintf(stderr, "%zu of %zu mutations: %zu conversions, %zu of them opened by others, %zu failures\n",
+               done, all, converted, opened, failures);
+}
+
 }  // namespace
 
 std::vector<MutationTally> runMutations(const MutationPlan& plan, const SourcePictures& pictures) {
@@ -89,8 +100,7 @@ std::vector<MutationTally> runMutations(const MutationPlan& plan, const SourcePi
       mutations.push_back(mutationOf(pictures, plan.seed, plan.first + done + i));
     for (MutationTally& tally : tallies) Load(plan, mutations, tally).convert();
     done += size;
-    if (done % (10 * plan.perRequest) == 0 && done < plan.count)
-      std::fprintf(stderr, "mutations: %zu of %zu\n", done, plan.count);
+    if (done % (10 * plan.perRequest) == 0 && done < plan.count) tellProgress(done, plan.count, tallies);
   }
   return tallies;
 }

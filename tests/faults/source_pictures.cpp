@@ -27,6 +27,7 @@ std::vector<Picture> filesOf(const std::string& folder) {
     if (entry.is_regular_file() && entry.file_size() <= kMostBytes) paths.push_back(entry.path());
   }
   std::sort(paths.begin(), paths.end());
+  pictures.reserve(paths.size());
   for (const fs::path& path : paths)
     pictures.push_back({fs::relative(path, folder).string(), readFile(path.string())});
   return pictures;

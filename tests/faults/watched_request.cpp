@@ -103,6 +103,7 @@ class Listener {
   std::vector<std::string> words{request.program, "--verbose", "--ui=none", "--files-from=" + list,
                                  request.action};
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   execv(arguments[0], arguments.data());

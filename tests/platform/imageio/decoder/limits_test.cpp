@@ -36,7 +36,8 @@ class NarrowDoor : public CodecDoor {
 class LastNotice : public DecodingNotice {
  public:
   void pictureStopped(const URL& picture, const Fault& fault) override {
-    told.push_back({picture.lastPathComponent(), fault.limit});
+    const LimitName limit = fault.kind == FaultKind::timeout ? LimitName::seconds : fault.limit;
+    told.push_back({picture.lastPathComponent(), limit});
   }
   std::vector<std::pair<std::string, LimitName>> told;
 };

@@ -8,6 +8,7 @@
 
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/png_written_chunks.h"
+#include "platform/imageio/straight_rows.h"
 
 namespace ostra {
 namespace {
@@ -20,9 +21,9 @@ constexpr int kFilters = PNG_FILTER_SUB | PNG_FILTER_PAETH;
 // What the library's calls reach; it lives outside the frame that they jump through.
 struct PngEncoding {
   const Pixels& pixels;
+  StraightRows& rows;
   const std::vector<PngWrittenChunk>& chunks;
   int colourType = 0;
-  bool skipsFourth = false;
   Bytes file;
   bool lacksMemory = false;
 };
@@ -71,9 +72,8 @@ bool run(png_structp png, png_infop info, PngEncoding& encoding) {
   png_write_info(png, info);
   writeChunks(png, encoding, false);
   if (layout.bitsPerComponent == 16) png_set_swap(png);
-  if (encoding.skipsFourth) png_set_filler(png, 0, PNG_FILLER_AFTER);
-  for (std::uint32_t y = 0; y < layout.height; ++y)
-    png_write_row(png, encoding.pixels.bytes.view.data() + y * layout.bytesPerRow);
+  if (encoding.rows.alpha() == CGImageAlphaInfo::noneSkipLast) png_set_filler(png, 0, PNG_FILLER_AFTER);
+  for (std::uint32_t y = 0; y < layout.height; ++y) png_write_row(png, encoding.rows.row(y));
   writeChunks(png, encoding, true);
   png_write_end(png, nullptr);
   return true;
@@ -99,12 +99,12 @@ std::optional<int> colourTypeOf(const Layout& layout, bool alpha) {
 }  // namespace
 
 Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
-  const auto alpha = static_cast<CGImageAlphaInfo>(pixels.layout.bitmapInfo & kCGBitmapAlphaInfoMask);
-  const auto colourType = colourTypeOf(pixels.layout, alpha == CGImageAlphaInfo::last);
+  StraightRows rows(pixels);
+  const auto colourType = colourTypeOf(pixels.layout, rows.alpha() == CGImageAlphaInfo::last);
   if (!colourType) return Fault{FaultKind::damaged};
   const auto chunks = pngChunksToWrite(pixels, properties);
   if (!chunks) return Fault{FaultKind::damaged};
-  PngEncoding encoding{pixels, *chunks, *colourType, alpha == CGImageAlphaInfo::noneSkipLast, {}, false};
+  PngEncoding encoding{pixels, rows, *chunks, *colourType, {}, false};
   const bool done = encodeInto(encoding);
   if (encoding.lacksMemory) throw std::bad_alloc();
   if (!done) return Fault{FaultKind::damaged};

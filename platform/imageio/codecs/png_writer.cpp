@@ -79,6 +79,21 @@ bool run(png_structp png, png_infop info, PngEncoding& encoding) {
   return true;
 }
 
+// Room for the largest file that this can become. What is not filled costs addresses only, while a file that
+// grows is held twice each time it moves. Where there are not the addresses, it grows.
+void reserveFile(PngEncoding& encoding, std::uint64_t samples) {
+  const Layout& layout = encoding.pixels.layout;
+  const std::uint64_t row = 1 + layout.width * samples * (layout.bitsPerComponent / 8u);
+  std::uint64_t size = row * layout.height;
+  size += size / 500 + (1u << 16);
+  for (const PngWrittenChunk& chunk : encoding.chunks) size += chunk.data.size();
+  try {
+    encoding.file.reserve(size);
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
 bool encodeInto(PngEncoding& encoding) {
   png_structp png = png_create_write_struct_2(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning, &encoding,
                                               onAllocate, onFree);
@@ -96,6 +111,11 @@ std::optional<int> colourTypeOf(const Layout& layout, bool alpha) {
   return std::nullopt;
 }
 
+std::uint64_t samplesOf(int colourType) {
+  return ((colourType & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1) +
+         ((colourType & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
+}
+
 }  // namespace
 
 Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
@@ -105,6 +125,7 @@ Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
   const auto chunks = pngChunksToWrite(pixels, properties);
   if (!chunks) return Fault{FaultKind::damaged};
   PngEncoding encoding{pixels, rows, *chunks, *colourType, {}, false};
+  reserveFile(encoding, samplesOf(*colourType));
   const bool done = encodeInto(encoding);
   if (encoding.lacksMemory) throw std::bad_alloc();
   if (!done) return Fault{FaultKind::damaged};

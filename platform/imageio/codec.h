@@ -35,7 +35,7 @@ class CodecReader {
 struct CodecFunctions {
   /// Reads the structure, decodes nothing and refuses nothing for its size.
   Answer<std::unique_ptr<CodecReader>> (*open)(FileBytes file, const Limits& limits) = nullptr;
-  /// The pixels have no alpha, a skipped fourth component, or straight alpha last: never anything else.
+  /// The rows lie in the memory, each whole; alpha may be of any kind but alone.
   Answer<Bytes> (*encode)(const Pixels& pixels, const Properties* properties) = nullptr;
 };
 

@@ -81,7 +81,8 @@ class Reader {
  public:
   virtual ~Reader() = default;
   virtual const Opened& opened() const = 0;
-  /// Limits fail here, never in opening. Never part of a picture.
+  /// Limits fail here, never in opening. Never part of a picture. To be asked once: nobody but the
+  /// caller keeps the pixels, so that their memory ends when he lets go of them.
   virtual Answer<Pixels> decode(std::uint32_t index) = 0;
   virtual Answer<Properties> properties(std::uint32_t index) = 0;
 };

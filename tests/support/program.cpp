@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
 #include <grp.h>
@@ -53,7 +54,10 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const Progra
     becomeProgram(arguments, options, folder.path("in"), folder.path("out"), folder.path("err"));
   int status = 0;
   rusage usage{};
-  while (wait4(child, &status, 0, &usage) < 0) {
+  while (wait4(child, &status, options.watch ? WNOHANG : 0, &usage) <= 0) {
+    if (!options.watch) continue;
+    options.watch(child);
+    std::this_thread::sleep_for(options.pause);
   }
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return {code, textOf(folder.path("out")), textOf(folder.path("err")),

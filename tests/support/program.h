@@ -1,6 +1,10 @@
 #pragma once
+#include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace ostra::test {
 
@@ -18,6 +22,9 @@ struct ProgramOptions {
   std::vector<std::string> environment;
   /// Nobody (65534) instead of root, where the test runs as root.
   bool asOrdinaryUser = false;
+  /// Called with the program's process again and again while it runs, with this pause between.
+  std::function<void(pid_t)> watch = {};
+  std::chrono::milliseconds pause{10};
 };
 
 /// Runs a program found on the path and waits for its end.

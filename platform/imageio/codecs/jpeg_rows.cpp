@@ -21,11 +21,10 @@ std::uint8_t over(unsigned value, unsigned alpha, unsigned background, unsigned 
 
 }  // namespace
 
-JpegRows::JpegRows(const Pixels& pixels) : pixels_(pixels) {
+JpegRows::JpegRows(const Pixels& pixels) : pixels_(pixels), straight_(pixels) {
   const Layout& layout = pixels.layout;
-  const auto info = static_cast<CGImageAlphaInfo>(layout.bitmapInfo & kCGBitmapAlphaInfoMask);
   stored_ = layout.bitsPerPixel / layout.bitsPerComponent;
-  alpha_ = info == CGImageAlphaInfo::last;
+  alpha_ = straight_.alpha() == CGImageAlphaInfo::last;
   ink_ = layout.model == CGColorSpaceModel::cmyk;
   samples_ = alpha_ ? stored_ - 1 : stored_;
   if (alpha_ || ink_ || layout.bitsPerComponent == 16)
@@ -33,7 +32,7 @@ JpegRows::JpegRows(const Pixels& pixels) : pixels_(pixels) {
 }
 
 const std::uint8_t* JpegRows::row(std::uint32_t y) {
-  const std::uint8_t* from = pixels_.bytes.view.data() + y * pixels_.layout.bytesPerRow;
+  const std::uint8_t* from = straight_.row(y);
   if (buffer_.empty()) return from;
   if (alpha_) {
     putOnWhite(from);

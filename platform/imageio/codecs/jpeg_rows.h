@@ -1,7 +1,7 @@
 #pragma once
 #include <cstdint>
 
-#include "platform/imageio/codec_door.h"
+#include "platform/imageio/straight_rows.h"
 
 namespace ostra {
 
@@ -21,6 +21,7 @@ class JpegRows {
   void putOnWhite(const std::uint8_t* from);
 
   const Pixels& pixels_;
+  StraightRows straight_;
   int stored_;  // samples of a pixel in memory
   int samples_;
   bool alpha_;

@@ -8,6 +8,7 @@
 
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/png_written_chunks.h"
+#include "platform/imageio/straight_rows.h"
 
 namespace ostra {
 namespace {
@@ -20,9 +21,9 @@ constexpr int kFilters = PNG_FILTER_SUB | PNG_FILTER_PAETH;
 // What the library's calls reach; it lives outside the frame that they jump through.
 struct PngEncoding {
   const Pixels& pixels;
+  StraightRows& rows;
   const std::vector<PngWrittenChunk>& chunks;
   int colourType = 0;
-  bool skipsFourth = false;
   Bytes file;
   bool lacksMemory = false;
 };
@@ -71,12 +72,26 @@ bool run(png_structp png, png_infop info, PngEncoding& encoding) {
   png_write_info(png, info);
   writeChunks(png, encoding, false);
   if (layout.bitsPerComponent == 16) png_set_swap(png);
-  if (encoding.skipsFourth) png_set_filler(png, 0, PNG_FILLER_AFTER);
-  for (std::uint32_t y = 0; y < layout.height; ++y)
-    png_write_row(png, encoding.pixels.bytes.view.data() + y * layout.bytesPerRow);
+  if (encoding.rows.alpha() == CGImageAlphaInfo::noneSkipLast) png_set_filler(png, 0, PNG_FILLER_AFTER);
+  for (std::uint32_t y = 0; y < layout.height; ++y) png_write_row(png, encoding.rows.row(y));
   writeChunks(png, encoding, true);
   png_write_end(png, nullptr);
   return true;
+}
+
+// Room for the largest file that this can become. What is not filled costs addresses only, while a file that
+// grows is held twice each time it moves. Where there are not the addresses, it grows.
+void reserveFile(PngEncoding& encoding, std::uint64_t samples) {
+  const Layout& layout = encoding.pixels.layout;
+  const std::uint64_t row = 1 + layout.width * samples * (layout.bitsPerComponent / 8u);
+  std::uint64_t size = row * layout.height;
+  size += size / 500 + (1u << 16);
+  for (const PngWrittenChunk& chunk : encoding.chunks) size += chunk.data.size();
+  try {
+    encoding.file.reserve(size);
+  } catch (const std::exception&) {
+    return;
+  }
 }
 
 bool encodeInto(PngEncoding& encoding) {
@@ -96,15 +111,21 @@ std::optional<int> colourTypeOf(const Layout& layout, bool alpha) {
   return std::nullopt;
 }
 
+std::uint64_t samplesOf(int colourType) {
+  return ((colourType & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1) +
+         ((colourType & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
+}
+
 }  // namespace
 
 Answer<Bytes> encodePng(const Pixels& pixels, const Properties* properties) {
-  const auto alpha = static_cast<CGImageAlphaInfo>(pixels.layout.bitmapInfo & kCGBitmapAlphaInfoMask);
-  const auto colourType = colourTypeOf(pixels.layout, alpha == CGImageAlphaInfo::last);
+  StraightRows rows(pixels);
+  const auto colourType = colourTypeOf(pixels.layout, rows.alpha() == CGImageAlphaInfo::last);
   if (!colourType) return Fault{FaultKind::damaged};
   const auto chunks = pngChunksToWrite(pixels, properties);
   if (!chunks) return Fault{FaultKind::damaged};
-  PngEncoding encoding{pixels, *chunks, *colourType, alpha == CGImageAlphaInfo::noneSkipLast, {}, false};
+  PngEncoding encoding{pixels, rows, *chunks, *colourType, {}, false};
+  reserveFile(encoding, samplesOf(*colourType));
   const bool done = encodeInto(encoding);
   if (encoding.lacksMemory) throw std::bad_alloc();
   if (!done) return Fault{FaultKind::damaged};

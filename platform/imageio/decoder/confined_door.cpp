@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <system_error>
+#include <utility>
 
 #include <sys/wait.h>
 
@@ -64,7 +65,9 @@ class ConfinedReader : public Reader {
   const Opened& opened() const override { return opened_; }
   Answer<Pixels> decode(std::uint32_t index) override {
     serve(index);
-    return index == served_ ? pixels_ : Fault{FaultKind::damaged};
+    if (index != served_) return Fault{FaultKind::damaged};
+    if (std::holds_alternative<Fault>(pixels_)) return pixels_;
+    return std::exchange(pixels_, Fault{FaultKind::damaged});
   }
   Answer<Properties> properties(std::uint32_t index) override {
     serve(index);

@@ -1,7 +1,9 @@
 #include "platform/imageio/decoder/shared_pixels.h"
 
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -48,7 +50,16 @@ UniqueFd makePixelFile() {
 }
 
 bool sealSize(int pixelFile) { return seal(pixelFile, F_SEAL_SHRINK | F_SEAL_GROW); }
-bool sealContents(int pixelFile) { return seal(pixelFile, F_SEAL_WRITE | F_SEAL_SEAL); }
+bool sealContents(int pixelFile) {
+  // A program that looks at our processes, such as ps or top, holds the memory of the one that it looks at
+  // for a moment longer than that lives, and with it the mapping that was written through.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (!seal(pixelFile, F_SEAL_WRITE | F_SEAL_SEAL)) {
+    if (errno != EBUSY || std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
 
 std::optional<std::uint64_t> sizeOf(int pixelFile) {
   struct stat status {};

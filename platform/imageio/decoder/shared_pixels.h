@@ -36,7 +36,7 @@ class SharedPixels : public PixelStore {
 UniqueFd makePixelFile();
 /// Nobody may change the size from now on; false when that cannot be had.
 bool sealSize(int pixelFile);
-/// Nobody may change the contents from now on; false while any process could.
+/// Nobody may change the contents from now on; false when a process still could after some seconds.
 bool sealContents(int pixelFile);
 std::optional<std::uint64_t> sizeOf(int pixelFile);
 /// Part of a sealed memory file, mapped without a copy; nothing when it cannot be mapped. The part lies

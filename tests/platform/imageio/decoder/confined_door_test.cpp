@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -71,6 +72,27 @@ TEST(ConfinedDoor, KeepsThePixelsWhenTheReaderIsGone) {
     kept = std::get<Pixels>(std::move(pixels));
   }
   expectTheSame(*kept, test::decoded(photograph("public.png")));
+}
+
+/// Memory files of pixels that this process has mapped.
+int mappedPixels() {
+  std::ifstream maps("/proc/self/maps");
+  int count = 0;
+  for (std::string line; std::getline(maps, line);) count += line.find("/memfd:pixels") != std::string::npos;
+  return count;
+}
+
+TEST(ConfinedDoor, KeepsNoPixelsThatNobodyNeeds) {
+  Confined confined;
+  auto answer = confined.door.open(test::fileOf(photograph("public.png")), Limits{});
+  Reader& reader = *std::get<std::unique_ptr<Reader>>(answer);
+  {
+    const auto pixels = reader.decode(0);
+    ASSERT_TRUE(std::holds_alternative<Pixels>(pixels));
+    EXPECT_EQ(mappedPixels(), 1);
+  }
+  EXPECT_EQ(mappedPixels(), 0);
+  EXPECT_TRUE(std::holds_alternative<Properties>(reader.properties(0)));
 }
 
 TEST(ConfinedDoor, GivesPixelsThatNobodyCanChange) {

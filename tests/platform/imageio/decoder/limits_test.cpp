@@ -36,8 +36,7 @@ class NarrowDoor : public CodecDoor {
 class LastNotice : public DecodingNotice {
  public:
   void pictureStopped(const URL& picture, const Fault& fault) override {
-    const LimitName limit = fault.kind == FaultKind::timeout ? LimitName::seconds : fault.limit;
-    told.push_back({picture.lastPathComponent(), limit});
+    told.push_back({picture.lastPathComponent(), fault.limit});
   }
   std::vector<std::pair<std::string, LimitName>> told;
 };

@@ -11,6 +11,12 @@ namespace {
 
 using Kind = FileEnd::Kind;
 
+/// The last words of a program.
+std::string endOf(const std::string& errors) {
+  constexpr std::size_t kMost = 300;
+  return errors.empty() ? "" : ": ... " + errors.substr(errors.size() - std::min(errors.size(), kMost));
+}
+
 class Judge {
  public:
   Judge(const TemporaryFolder& folder, std::span<const Mutation> mutations, const RequestEnd& end,
@@ -47,7 +53,7 @@ class Judge {
     } else if (end_.status != 0 && end_.status != 1) {
       ++tally_.crashed;
       findings_.keep(culprit,
-                     "the program ends with status " + std::to_string(end_.status) + ": " + end_.errors);
+                     "the program ends with status " + std::to_string(end_.status) + endOf(end_.errors));
     } else {
       judgeWords(none == end_.files.end(), culprit);
       return mutations_.size();

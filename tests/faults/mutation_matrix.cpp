@@ -15,6 +15,15 @@
 namespace ostra::test {
 namespace {
 
+/// Replacements that were begun and neither put into their place nor removed.
+std::size_t leftovers(const std::string& cache) {
+  std::size_t count = 0;
+  if (!std::filesystem::exists(cache)) return count;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(cache))
+    if (entry.path().filename().string().starts_with(".ostra-")) ++count;
+  return count;
+}
+
 /// One kind of conversion on one load of mutations.
 class Load {
  public:
@@ -35,9 +44,15 @@ class Load {
       writeFile(folder.path(mutation.name), mutation.bytes);
       request.names.push_back(mutation.name);
     }
+    const std::size_t leftBefore = leftovers(plan_.cache);
     const RequestEnd end = request.run(plan_.patience);
     const Findings findings(plan_, tally_.kind);
     const std::size_t served = judgeRequest(folder, rest, end, tally_, findings);
+    // One that was ended could not tidy up.
+    if ((end.status == 0 || end.status == 1) && leftovers(plan_.cache) != leftBefore) {
+      ++tally_.lost;
+      findings.tell("something was left in " + plan_.cache);
+    }
     showResults(folder, rest.first(served), end, findings);
     return served;
   }

@@ -15,7 +15,7 @@ struct MutationTally {
   std::size_t crashed = 0;    // the program, or the process of one file
   std::size_t hung = 0;       // no end within the patience
   std::size_t forbidden = 0;  // a process of a file asked for what the filter forbids
-  std::size_t lost = 0;       // neither the old file nor a whole new one, or something else in the folder
+  std::size_t lost = 0;       // neither the old file nor a whole new one, or something was left over
   std::size_t untrue = 0;     // what was told is not so
   std::size_t drawn = 0,
               opened = 0;  // results that other programs were shown, and those that they could open
@@ -32,6 +32,7 @@ struct MutationPlan {
   std::string program;
   std::vector<std::string> environment;
   std::string folder;    // where the files are made
+  std::string cache;     // the program's own, where nothing may be left; none to look at where empty
   std::string findings;  // where culprits are kept
   std::chrono::seconds patience{30};
   std::vector<std::string> kinds{"srgb", "invert", "jpg"};

@@ -39,6 +39,7 @@ int perform(const std::vector<std::string>& words) {
   plan.program = program.path();
   plan.environment = program.environment();
   plan.folder = folder.path();
+  plan.cache = program.home() + "/cache";
   const char* collection = std::getenv("OSTRA_CORPUS");
   const bool given = collection != nullptr && *collection != 0;
   const SourcePictures pictures = given ? SourcePictures::collected(collection, program, folder.path())

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/faults/mutation_matrix.h"
 #include "tests/faults/picture_parts.h"
@@ -33,6 +34,8 @@ class Mutations : public testing::Test {
     plan.count = count;
     plan.shown = 20;
     plan.folder = folder_.path();
+    plan.cache = folder_.path("cache");
+    plan.environment = {"XDG_CACHE_HOME=" + plan.cache};
     plan.findings = folder_.path("findings");
     return plan;
   }
@@ -58,7 +61,9 @@ class Mutations : public testing::Test {
     return runMutations(standIn, fewPictures()).front();
   }
 
-  TemporaryFolder folder_;
+  // In memory where there is such a place: every conversion waits for the disk.
+  TemporaryFolder folder_{access("/dev/shm", W_OK) == 0 ? "/dev/shm"
+                                                        : std::filesystem::temp_directory_path().string()};
 };
 
 TEST_F(Mutations, CostNoPictureAndNeverTheProgram) {
@@ -66,6 +71,7 @@ TEST_F(Mutations, CostNoPictureAndNeverTheProgram) {
   MutationPlan slice = plan(150);
   slice.program = program.path();
   slice.environment = program.environment();
+  slice.cache = program.home() + "/cache";
   for (const MutationTally& tally : runMutations(slice, SourcePictures::made(folder_.path()))) {
     EXPECT_EQ(tally.failures(), 0U) << tally.kind;
     EXPECT_EQ(tally.mutations, 150U);
@@ -156,6 +162,9 @@ INSTANTIATE_TEST_SUITE_P(Each, MisdeedsOfAProgram,
                                                  &MutationTally::lost},
                                          Misdeed{"TraceInTheFolder", R"sh(
           touch "$folder/.trace"; refuse "${files[@]}"; list "${files[@]}"; exit 1)sh",
+                                                 &MutationTally::lost},
+                                         Misdeed{"TraceInTheCache", R"sh(
+          mkdir -p "$XDG_CACHE_HOME/.ostra-1-x"; refuse "${files[@]}"; list "${files[@]}"; exit 1)sh",
                                                  &MutationTally::lost},
                                          Misdeed{"SiblingThatIsNotThere", R"sh(
           for file in "${files[@]}"; do

@@ -120,6 +120,7 @@ bool runLargePicture(const std::string& folder, const std::string& name, unsigne
 
 std::vector<std::string> largePictureNames() {
   std::vector<std::string> names;
+  names.reserve(kRuns.size());
   for (const Run& run : kRuns) names.emplace_back(run.name);
   return names;
 }

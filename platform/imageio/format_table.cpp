@@ -2,6 +2,7 @@
 #include <array>
 
 #include "platform/imageio/codec.h"
+#include "platform/imageio/codecs/gif.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/signatures.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr std::array kFormats{
     Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
     Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
+    Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

@@ -3,8 +3,10 @@
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codecs/gif.h"
+#include "platform/imageio/codecs/hdr.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/psd.h"
 
 namespace ostra {
 namespace {
@@ -13,6 +15,8 @@ constexpr std::array kFormats{
     Codec{"public.png", matchesPng, openPng, encodePng},
     Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
     Codec{"com.compuserve.gif", matchesGif, openGif, encodeGif},
+    Codec{"com.adobe.photoshop-image", matchesPsd, openPsd, nullptr},
+    Codec{"public.radiance", matchesHdr, openHdr, nullptr},
 };
 
 template <class Condition>

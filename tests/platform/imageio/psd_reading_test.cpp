@@ -209,6 +209,7 @@ TEST(PsdTransparency, IsTakenOffTheWhiteThatItLiesOn) {
 TEST(PsdTransparency, IsNoOtherFurtherChannel) {
   PsdParts parts;
   parts.channels = 5;  // a selection and a spot colour
+  parts.layers = {0, 0, 0, 2, 0, 1, 0, 0, 0, 0};
   const Pixels pixels = decoded(psdOf(parts));
   EXPECT_EQ(pixels.layout.bitmapInfo & kCGBitmapAlphaInfoMask,
             static_cast<CGBitmapInfo>(CGImageAlphaInfo::noneSkipLast));

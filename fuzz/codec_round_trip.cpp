@@ -28,8 +28,7 @@ std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file) {
   CodecReader& reader = *std::get<std::unique_ptr<CodecReader>>(opened);
   const auto properties = reader.properties(0, smallLimits());
   const auto pixels = reader.decode(0, smallLimits());
-  if (!std::holds_alternative<Pixels>(pixels)) return std::nullopt;
-  if (functions.encode == nullptr) return std::nullopt;
+  if (!std::holds_alternative<Pixels>(pixels) || functions.encode == nullptr) return std::nullopt;
   const auto* known = std::get_if<Properties>(&properties);
   auto written = functions.encode(std::get<Pixels>(pixels), known);
   if (std::holds_alternative<Fault>(written)) {

@@ -13,7 +13,7 @@ struct RoundTrip {
 
 /// What every codec's target does with any bytes: open, decode and read properties within small limits, and
 /// write what came out again. Ends the process when a picture that was read whole cannot be read back.
-/// Nothing when no picture was read.
+/// Nothing when no picture was read, or when the format is only read.
 std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file);
 
 }  // namespace ostra

@@ -3,8 +3,10 @@
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codecs/gif.h"
+#include "platform/imageio/codecs/hdr.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/psd.h"
 #include "platform/imageio/codecs/signatures.h"
 
 namespace ostra {
@@ -14,6 +16,8 @@ constexpr std::array kFormats{
     Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
     Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
     Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
+    Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
+    Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

@@ -78,17 +78,38 @@ TEST_P(GifExact, HasAPaletteOfAPowerOfTwo) {
 INSTANTIATE_TEST_SUITE_P(NumbersOfColours, GifExact,
                          testing::Values(1, 2, 3, 4, 5, 8, 9, 31, 64, 129, 200, 254, 255, 256));
 
+// 256 colours, each of them once, on a transparent ground.
+Bytes allEntriesOnAGround(std::uint32_t width, std::uint32_t height, std::uint32_t left, std::uint32_t top) {
+  const Bytes palette = randomBytes(256 * 3, 21);
+  Bytes samples(std::size_t{4} * width * height);
+  for (std::size_t entry = 0; entry < 256; ++entry) {
+    const std::size_t at = 4 * ((top + entry / 32) * width + left + entry % 32);
+    std::copy_n(palette.begin() + static_cast<std::ptrdiff_t>(3 * entry), 3,
+                samples.begin() + static_cast<std::ptrdiff_t>(at));
+    samples[at + 3] = 255;
+  }
+  return samples;
+}
+
 TEST(GifWriting, OfAllEntriesAndABorderStoresTheRectangle) {
   OSTRA_NEEDS_PROGRAM("convert");
-  GifParts parts;
-  parts.screenWidth = 60;
-  parts.screenHeight = 50;
-  parts.left = 4;
-  parts.top = 9;
-  const Pixels pixels = decoded(gifOf(parts));
+  const Pixels pixels =
+      pixelsOf(allEntriesOnAGround(60, 50, 4, 9), 60, 50, CGColorSpaceModel::rgb, 8, CGImageAlphaInfo::last);
   const Bytes file = encoded(kType, pixels);
-  EXPECT_EQ(asRgba16(decoded(file)), gifCanvas(parts));
-  EXPECT_EQ(coalescedByImageMagick(file), gifCanvas(parts));
+  EXPECT_EQ(asRgba16(decoded(file)), asRgba16(pixels));
+  EXPECT_EQ(coalescedByImageMagick(file), asRgba16(pixels));
+}
+
+// One colour has to go, and no hole may be filled.
+TEST(GifWriting, OfAllEntriesAroundAHoleKeepsTheHole) {
+  Bytes samples = allEntriesOnAGround(32, 9, 0, 1);
+  std::copy_n(samples.begin() + 4 * 40, 4, samples.begin());  // and something in the first row
+  const Pixels pixels = pixelsOf(samples, 32, 9, CGColorSpaceModel::rgb, 8, CGImageAlphaInfo::last);
+  const auto back = asRgba16(decoded(encoded(kType, pixels))), expected = asRgba16(pixels);
+  for (std::size_t i = 0; i < back.size(); i += 4) {
+    ASSERT_EQ(back[i + 3], expected[i + 3]) << i / 4;
+    for (std::size_t c = 0; c < 3; ++c) ASSERT_NEAR(back[i + c], expected[i + c], 20 * 257) << i / 4;
+  }
 }
 
 TEST(GifWriting, OfASinglePixelAndOfNoVisibleOneWorks) {

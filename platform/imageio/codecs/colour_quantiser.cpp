@@ -108,6 +108,7 @@ std::vector<Rgb> meansOfBoxes(Colours colours, std::size_t most) {
     boxes.push_back(above);
   }
   std::vector<Rgb> palette;
+  palette.reserve(boxes.size());
   for (const Box& box : boxes) palette.push_back(box.mean());
   return palette;
 }

@@ -38,7 +38,7 @@ ProfileRecord profileOf(const HdrHeader& header) {
 
 HdrLight::HdrLight(const HdrHeader& header) : profile_(profileOf(header)), isXyz_(header.isXyz) {
   if (isXyz_) return;
-  values_.resize(256 * 256);
+  values_.resize(std::size_t{256} * 256);
   for (unsigned exponent = 0; exponent < 256; ++exponent) {
     for (unsigned mantissa = 0; mantissa < 256; ++mantissa)
       values_[256 * exponent + mantissa] =

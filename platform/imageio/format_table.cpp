@@ -2,6 +2,7 @@
 #include <array>
 
 #include "platform/imageio/codec.h"
+#include "platform/imageio/codecs/bmp.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
 
@@ -11,6 +12,7 @@ namespace {
 constexpr std::array kFormats{
     Codec{"public.png", matchesPng, openPng, encodePng},
     Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
+    Codec{"com.microsoft.bmp", matchesBmp, openBmp, encodeBmp},
 };
 
 template <class Condition>

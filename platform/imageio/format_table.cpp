@@ -5,6 +5,7 @@
 #include "platform/imageio/codecs/bmp.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/pnm.h"
 
 namespace ostra {
 namespace {
@@ -13,6 +14,7 @@ constexpr std::array kFormats{
     Codec{"public.png", matchesPng, openPng, encodePng},
     Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
     Codec{"com.microsoft.bmp", matchesBmp, openBmp, encodeBmp},
+    Codec{"public.pbm", matchesPnm, openPnm, encodePnm},
 };
 
 template <class Condition>

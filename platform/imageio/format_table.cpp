@@ -6,6 +6,7 @@
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/pnm.h"
+#include "platform/imageio/codecs/tga.h"
 
 namespace ostra {
 namespace {
@@ -15,6 +16,8 @@ constexpr std::array kFormats{
     Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
     Codec{"com.microsoft.bmp", matchesBmp, openBmp, encodeBmp},
     Codec{"public.pbm", matchesPnm, openPnm, encodePnm},
+    // Without a signature: last, so that no other format is taken for it.
+    Codec{"com.truevision.tga-image", matchesTga, openTga, encodeTga},
 };
 
 template <class Condition>

@@ -3,6 +3,7 @@
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codecs/bmp.h"
+#include "platform/imageio/codecs/ico.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/pnm.h"
@@ -16,6 +17,8 @@ constexpr std::array kFormats{
     Codec{"public.jpeg", matchesJpeg, openJpeg, encodeJpeg},
     Codec{"com.microsoft.bmp", matchesBmp, openBmp, encodeBmp},
     Codec{"public.pbm", matchesPnm, openPnm, encodePnm},
+    Codec{"com.microsoft.ico", matchesIco, openIco, encodeIco},
+    Codec{"com.microsoft.cur", matchesCur, openCur, nullptr},
     // Without a signature: last, so that no other format is taken for it.
     Codec{"com.truevision.tga-image", matchesTga, openTga, encodeTga},
 };

@@ -122,8 +122,8 @@ TEST(Destinations, AreMadeForWritableTypesAndOnePicture) {
   EXPECT_EQ(CGImageDestination::createWithData(data, "org.webmproject.webp", 1), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "PUBLIC.PNG", 1), nullptr);
   EXPECT_EQ(CGImageDestinationCopyTypeIdentifiers(),
-            (std::vector<std::string>{"com.microsoft.bmp", "com.truevision.tga-image", "public.jpeg",
-                                      "public.pbm", "public.png"}));
+            (std::vector<std::string>{"com.microsoft.bmp", "com.microsoft.ico", "com.truevision.tga-image",
+                                      "public.jpeg", "public.pbm", "public.png"}));
 }
 
 TEST(Destinations, LeaveTheBufferEmptyWhenTheyFail) {

@@ -13,6 +13,8 @@ namespace {
 std::optional<IcoEntry> readBitmap(ByteView bitmap) {
   auto header = readBmpHeader(bitmap);
   if (!header || header->height < 2 || header->topDown) return std::nullopt;
+  // Run-length codes would not say where the mask begins.
+  if (header->packing != BmpPacking::palette && header->packing != BmpPacking::masks) return std::nullopt;
   header->height /= 2;
   // The fourth byte is alpha, though the header has no mask for it.
   if (header->bits == 32 && header->packing == BmpPacking::masks && header->masks[3] == 0)

@@ -1,8 +1,10 @@
+#include <string>
 #include <utility>
 
 #include "platform/imageio/codecs/ico.h"
 #include "platform/imageio/codecs/ico_directory.h"
 #include "platform/imageio/codecs/little_endian.h"
+#include "platform/imageio/codecs/plain_pixels.h"
 #include "platform/imageio/codecs/plain_rows.h"
 #include "platform/imageio/codecs/png.h"
 #include "platform/imageio/codecs/written_profile.h"
@@ -20,6 +22,30 @@ bool becomesPng(const Pixels& pixels, const Properties* properties) {
       properties != nullptr && properties->carrier != nullptr && !properties->carrier->empty();
   return layout.width == kLongestSide || layout.height == kLongestSide || metadata ||
          needsProfile(pixels.profile, layout.model);
+}
+
+// As the only kind of PNG that old readers of icons know: RGB with alpha, 8 bits each. A profile describes
+// the pixels as they are.
+Pixels asRgba(const Pixels& pixels) {
+  if (needsProfile(pixels.profile, pixels.layout.model)) return pixels;
+  const Layout& from = pixels.layout;
+  PlainRows rows(pixels, 8);
+  Bytes samples;
+  samples.reserve(std::size_t{from.width} * from.height * 4);
+  for (std::uint32_t y = 0; y < from.height; ++y) {
+    const std::uint8_t* pixel = rows.row(y);
+    for (std::uint32_t x = 0; x < from.width; ++x, pixel += rows.samples()) {
+      const std::size_t blue = rows.colours() - 1;
+      samples.insert(samples.end(), {pixel[0], pixel[blue / 2], pixel[blue],
+                                     rows.hasAlpha() ? pixel[rows.colours()] : std::uint8_t{255}});
+    }
+  }
+  Pixels rgba;
+  rgba.layout = plainLayout(from.width, from.height, 8, CGColorSpaceModel::rgb, true);
+  rgba.bytes = SharedBytes::adopt(std::move(samples));
+  if (!std::holds_alternative<Untagged>(pixels.profile))
+    rgba.profile = NamedSpace{std::string(kCGColorSpaceSRGB)};
+  return rgba;
 }
 
 // Blue, green, red, alpha, the bottom row first, and then the transparent pixels once more, a bit for each.
@@ -55,8 +81,8 @@ Answer<Bytes> encodeIco(const Pixels& pixels, const Properties* properties) {
   if (layout.model != CGColorSpaceModel::rgb && layout.model != CGColorSpaceModel::monochrome)
     return Fault{FaultKind::damaged};
   if (layout.width > kLongestSide || layout.height > kLongestSide) return Fault{FaultKind::damaged};
-  Answer<Bytes> picture =
-      becomesPng(pixels, properties) ? encodePng(pixels, properties) : Answer<Bytes>(bitmapOf(pixels));
+  Answer<Bytes> picture = becomesPng(pixels, properties) ? encodePng(asRgba(pixels), properties)
+                                                         : Answer<Bytes>(bitmapOf(pixels));
   const auto* contents = std::get_if<Bytes>(&picture);
   if (contents == nullptr) return picture;
   Bytes file;

@@ -14,8 +14,7 @@
 namespace ostra {
 namespace {
 
-// The samples of a picture in their order, whatever way they are stored. Each call says false where they end
-// or go beyond the largest.
+// The samples of a picture, row by row, whatever way they are stored.
 class PnmSamples {
  public:
   PnmSamples(FileBytes file, const PnmHeader& header)
@@ -23,36 +22,39 @@ class PnmSamples {
     rowBytes_ = header.rowBytes().value_or(0);
   }
 
-  bool row(std::uint32_t y, std::uint16_t* to) {
-    const std::size_t count = std::size_t{header_.width} * header_.samples;
-    const auto row = checkedProduct(y, rowBytes_);
-    if (!header_.isText && (!row || *row > data_.size() || data_.size() - *row < rowBytes_)) return false;
-    const ByteView stored = header_.isText ? ByteView() : data_.subspan(*row, rowBytes_);
-    std::uint32_t highest = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      const auto sample = header_.isText ? nextWord() : std::optional(storedSample(stored, i));
-      if (!sample) return false;
-      highest = std::max(highest, *sample);
-      to[i] = static_cast<std::uint16_t>(*sample);
-    }
-    return highest <= header_.largest;
+  // False where the file ends, or a sample is beyond the largest.
+  bool next(std::vector<std::uint16_t>& row) {
+    if (!(header_.isText ? readWords(row) : readBytes(row))) return false;
+    return *std::max_element(row.begin(), row.end()) <= header_.largest;
   }
 
  private:
-  std::optional<std::uint32_t> nextWord() {
-    auto word = header_.isBits ? words_.bit() : words_.number();
-    // Nothing is cut to fit: the row's highest is looked at afterwards.
-    if (word && *word > header_.largest) return std::nullopt;
-    return word;
+  // Nothing is cut to fit before it is looked at.
+  bool readWords(std::vector<std::uint16_t>& row) {
+    for (std::uint16_t& sample : row) {
+      const auto word = header_.isBits ? words_.bit() : words_.number();
+      if (!word || *word > header_.largest) return false;
+      sample = static_cast<std::uint16_t>(*word);
+    }
+    return true;
   }
-  std::uint32_t storedSample(ByteView row, std::size_t i) const {
-    if (header_.isBits) return row[i / 8] >> (7 - i % 8) & 1;
-    return header_.isDeep() ? bigEndian16(row, 2 * i) : row[i];
+  bool readBytes(std::vector<std::uint16_t>& row) {
+    if (data_.size() < rowBytes_) return false;
+    const ByteView stored = data_.first(rowBytes_);
+    data_ = data_.subspan(rowBytes_);
+    if (header_.isBits) {
+      for (std::size_t i = 0; i < row.size(); ++i) row[i] = stored[i / 8] >> (7 - i % 8) & 1;
+    } else if (header_.isDeep()) {
+      for (std::size_t i = 0; i < row.size(); ++i) row[i] = bigEndian16(stored, 2 * i);
+    } else {
+      std::copy(stored.begin(), stored.end(), row.begin());
+    }
+    return true;
   }
 
   const PnmHeader& header_;
   PnmWords words_;
-  ByteView data_;
+  ByteView data_;  // from the next row on
   std::size_t rowBytes_ = 0;
 };
 
@@ -115,7 +117,7 @@ class PnmReader : public CodecReader {
     const PnmRows rows(header_);
     std::vector<std::uint16_t> row(std::size_t{header_.width} * header_.samples);
     for (std::uint32_t y = 0; y < header_.height; ++y) {
-      if (!samples.row(y, row.data())) return Fault{FaultKind::damaged};
+      if (!samples.next(row)) return Fault{FaultKind::damaged};
       rows.store(row.data(), memory.data() + y * layout.bytesPerRow);
     }
     return Pixels{layout, std::move(memory).share(), Untagged{}};

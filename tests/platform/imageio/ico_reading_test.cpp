@@ -183,6 +183,24 @@ TEST(IcoWriting, MakesABitmapOrAPng) {
   EXPECT_EQ(propertiesOf(icon).tree.at("ProfileName"), Value("Display P3"));
 }
 
+TEST(IcoWriting, MakesAPngOfTheKindThatOldReadersKnow) {
+  const Pixels gray =
+      pixelsOf(softSamples(256, 9, 1, 16), 256, 9, CGColorSpaceModel::monochrome, 16, CGImageAlphaInfo::none);
+  const Bytes icon = encoded(kIcon, gray);
+  ASSERT_TRUE(isPng(icon));
+  EXPECT_EQ(icon[22 + 24], 8) << "bits";
+  EXPECT_EQ(icon[22 + 25], 6) << "RGB with alpha";
+  auto expected = asRgba16(gray);
+  for (std::uint16_t& sample : expected) sample = static_cast<std::uint16_t>((sample + 128) / 257 * 257);
+  EXPECT_EQ(asRgba16(decoded(icon)), expected);
+}
+
+TEST(IcoEntries, InRunLengthCodesAreNotRead) {
+  Entry entry = bitmapEntry(4, 4, 8);
+  entry.contents[16] = 1;
+  EXPECT_EQ(faultOf(decodeBytes(fileOf({entry}))), Fault{FaultKind::damaged});
+}
+
 TEST(IcoWriting, KeepsTheMetadataOfAPng) {
   const Bytes described =
       withPngChunk(pngOf(16), pngChunk("tEXt", bytesOfText(std::string("Artist\0a name", 13))));

@@ -2,12 +2,16 @@
 #include <array>
 
 #include "platform/imageio/codec.h"
+#include "platform/imageio/codecs/bmp.h"
 #include "platform/imageio/codecs/gif.h"
 #include "platform/imageio/codecs/hdr.h"
+#include "platform/imageio/codecs/ico.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/pnm.h"
 #include "platform/imageio/codecs/psd.h"
 #include "platform/imageio/codecs/signatures.h"
+#include "platform/imageio/codecs/tga.h"
 
 namespace ostra {
 namespace {
@@ -19,6 +23,12 @@ constexpr std::array kFormats{
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
+    Codec{"com.microsoft.bmp", "BMP", "one", true, matchesBmp, {openBmp, encodeBmp}},
+    Codec{"public.pbm", "PBM, PGM, PPM, PAM", "pictures one behind the other", true, matchesPnm, {openPnm, encodePnm}},
+    Codec{"com.microsoft.ico", "ICO", "sizes of the icon", true, matchesIco, {openIco, encodeIco}},
+    Codec{"com.microsoft.cur", "CUR", "sizes of the cursor", false, matchesCur, {openCur, nullptr}},
+    // Without a signature: last, so that no other format is taken for it.
+    Codec{"com.truevision.tga-image", "TGA", "one", true, matchesTga, {openTga, encodeTga}},
 };
 
 template <class Condition>

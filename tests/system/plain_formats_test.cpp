@@ -20,6 +20,8 @@ struct Kind {
   bool isDeep = false;
 };
 
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
+
 // As it is seen: ImageMagick leaves a TGA as it is stored unless it is asked to turn it.
 std::string upright(const TemporaryFolder& folder, const std::string& path) {
   convert({path, "-auto-orient", "MIFF:" + folder.path("upright")});

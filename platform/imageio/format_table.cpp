@@ -12,6 +12,7 @@ namespace {
 constexpr std::array kFormats{
     Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
     Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
+    Codec{"public.tiff", "TIFF", "pages", false, matchesTiff, {}, "tiff"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

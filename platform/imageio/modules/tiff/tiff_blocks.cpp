@@ -1,0 +1,76 @@
+#include "platform/imageio/modules/tiff/tiff_blocks.h"
+
+#include <algorithm>
+
+namespace ostra {
+namespace {
+
+std::uint32_t rowsOfBands(const TiffFile& file, const TiffDirectory& directory) {
+  if (directory.tiled) return file.field<std::uint32_t>(TIFFTAG_TILELENGTH);
+  return std::min(file.field<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, directory.height), directory.height);
+}
+
+bool isWhole(tmsize_t read, const Bytes& bytes) { return read == static_cast<tmsize_t>(bytes.size()); }
+
+}  // namespace
+
+TiffBands::TiffBands(const TiffFile& file, const TiffDirectory& directory)
+    : file_(file), directory_(directory), rowsPerBand_(rowsOfBands(file, directory)) {
+  const std::uint16_t planes = directory.separatePlanes ? directory.samples : 1;
+  const std::uint32_t width =
+      directory.tiled ? file.field<std::uint32_t>(TIFFTAG_TILEWIDTH) : directory.width;
+  const tmsize_t bytesPerRow = directory.tiled ? TIFFTileRowSize(file.get()) : TIFFScanlineSize(file.get());
+  if (width == 0 || bytesPerRow <= 0) rowsPerBand_ = 0;
+  if (rowsPerBand_ == 0) return;
+  for (std::uint16_t plane = 0; plane < planes; ++plane) {
+    for (std::uint64_t x = 0; x < directory.width; x += width) {
+      TiffBlock block;
+      block.x = static_cast<std::uint32_t>(x);
+      block.width = width;
+      block.firstSample = plane;
+      block.samples = directory.separatePlanes ? std::uint16_t{1} : directory.samples;
+      block.bytesPerRow = static_cast<std::size_t>(bytesPerRow);
+      blocks_.push_back(std::move(block));
+    }
+  }
+}
+
+std::uint64_t TiffBands::bytes() const {
+  std::uint64_t sum = 0;
+  for (const TiffBlock& block : blocks_)
+    sum += checkedProduct(block.bytesPerRow, rowsPerBand_).value_or(UINT64_MAX / 2);
+  return sum;
+}
+
+std::optional<std::uint32_t> TiffBands::next() {
+  if (rowsPerBand_ == 0 || blocks_.empty()) return std::nullopt;
+  if (y_ >= directory_.height) return 0;
+  const std::uint32_t rows = std::min(rowsPerBand_, directory_.height - y_);
+  if (!(directory_.tiled ? readTiles() : readStrips(rows))) return std::nullopt;
+  y_ += rows;
+  return rows;
+}
+
+bool TiffBands::readStrips(std::uint32_t rows) {
+  for (TiffBlock& block : blocks_) {
+    const std::uint32_t strip = TIFFComputeStrip(file_.get(), y_, block.firstSample);
+    block.bytes.resize(block.bytesPerRow * rows);
+    const tmsize_t read = TIFFReadEncodedStrip(file_.get(), strip, block.bytes.data(),
+                                               static_cast<tmsize_t>(block.bytes.size()));
+    if (!isWhole(read, block.bytes)) return false;
+  }
+  return true;
+}
+
+bool TiffBands::readTiles() {
+  for (TiffBlock& block : blocks_) {
+    const std::uint32_t tile = TIFFComputeTile(file_.get(), block.x, y_, 0, block.firstSample);
+    block.bytes.resize(block.bytesPerRow * rowsPerBand_);
+    const tmsize_t read =
+        TIFFReadEncodedTile(file_.get(), tile, block.bytes.data(), static_cast<tmsize_t>(block.bytes.size()));
+    if (!isWhole(read, block.bytes)) return false;
+  }
+  return true;
+}
+
+}  // namespace ostra

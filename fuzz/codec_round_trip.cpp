@@ -19,17 +19,16 @@ Limits smallLimits() {
 
 }  // namespace
 
-void roundTripCodec(std::string_view type, ByteView file) {
+std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file) {
   const Codec& codec = *codecForType(type);
-  if (!codec.matches(file.first(std::min(file.size(), kSignatureBytes)))) return;
+  if (!codec.matches(file.first(std::min(file.size(), kSignatureBytes)))) return std::nullopt;
   const CodecFunctions& functions = *functionsOf(codec);
   auto opened = functions.open(file, smallLimits());
-  if (std::holds_alternative<Fault>(opened)) return;
+  if (std::holds_alternative<Fault>(opened)) return std::nullopt;
   CodecReader& reader = *std::get<std::unique_ptr<CodecReader>>(opened);
   const auto properties = reader.properties(0, smallLimits());
   const auto pixels = reader.decode(0, smallLimits());
-  if (!std::holds_alternative<Pixels>(pixels)) return;
-  if (functions.encode == nullptr) return;
+  if (!std::holds_alternative<Pixels>(pixels) || functions.encode == nullptr) return std::nullopt;
   const auto* known = std::get_if<Properties>(&properties);
   auto written = functions.encode(std::get<Pixels>(pixels), known);
   if (std::holds_alternative<Fault>(written)) {
@@ -41,8 +40,9 @@ void roundTripCodec(std::string_view type, ByteView file) {
   if (bytes == nullptr) std::abort();
   auto again = functions.open(*bytes, Limits{});
   if (std::holds_alternative<Fault>(again)) std::abort();
-  const auto back = std::get<std::unique_ptr<CodecReader>>(again)->decode(0, Limits{});
+  auto back = std::get<std::unique_ptr<CodecReader>>(again)->decode(0, Limits{});
   if (!std::holds_alternative<Pixels>(back)) std::abort();
+  return RoundTrip{std::get<Pixels>(pixels), std::get<Pixels>(std::move(back))};
 }
 
 }  // namespace ostra

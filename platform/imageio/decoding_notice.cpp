@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/foundation/printable.h"
+#include "platform/imageio/codec.h"
 
 namespace ostra {
 namespace {
@@ -32,10 +33,10 @@ const char* inWords(LimitName limit) {
   return "it exceeds a limit";
 }
 
-const char* inWords(const Fault& fault) {
+std::string inWords(const Fault& fault) {
   switch (fault.kind) {
     case FaultKind::missing:
-      return "the package ostra-codecs, which reads its format, is not installed";
+      return "the package " + std::string(kCodecsPackage) + ", which reads its format, is not installed";
     case FaultKind::crashed:
       return "its decoder broke down";
     case FaultKind::forbidden:

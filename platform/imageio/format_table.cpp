@@ -2,8 +2,11 @@
 #include <array>
 
 #include "platform/imageio/codec.h"
+#include "platform/imageio/codecs/gif.h"
+#include "platform/imageio/codecs/hdr.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/psd.h"
 #include "platform/imageio/codecs/signatures.h"
 
 namespace ostra {
@@ -13,6 +16,9 @@ constexpr std::array kFormats{
     Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
     Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
     Codec{"public.tiff", "TIFF", "pages", false, matchesTiff, {}, "tiff"},
+    Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
+    Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
+    Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

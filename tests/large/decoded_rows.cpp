@@ -7,16 +7,18 @@
 namespace ostra::test {
 namespace {
 
-std::string commandFor(const std::string& path) {
+std::string commandFor(const std::string& path, bool withAlpha) {
   const bool isPng = std::filesystem::path(path).extension() == ".png";
-  return (isPng ? "exec pngtopam -byrow -alphapam '" : "exec djpeg -pnm '") + path + "'";
+  const std::string program = isPng ? "pngtopam -byrow " : "djpeg -pnm ";
+  return "exec " + program + (isPng && withAlpha ? "-alphapam '" : "'") + path + "'";
 }
 
 unsigned bitsOf(unsigned most) { return most > 255 ? 16 : 8; }
 
 }  // namespace
 
-DecodedRows::DecodedRows(const std::string& path) : output_(popen(commandFor(path).c_str(), "r")) {
+DecodedRows::DecodedRows(const std::string& path, bool withAlpha)
+    : output_(popen(commandFor(path, withAlpha).c_str(), "r")) {
   if (output_ == nullptr) throw std::runtime_error("cannot start a decoder");
   try {
     readHead();

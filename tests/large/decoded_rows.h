@@ -10,7 +10,8 @@ namespace ostra::test {
 /// PNG. Samples of 16 bits have the high byte first. Throws when there is no such picture.
 class DecodedRows {
  public:
-  explicit DecodedRows(const std::string& path);
+  /// Alpha is left out unless it is asked for.
+  DecodedRows(const std::string& path, bool withAlpha);
   ~DecodedRows();
   DecodedRows(const DecodedRows&) = delete;
   DecodedRows& operator=(const DecodedRows&) = delete;

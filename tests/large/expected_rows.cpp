@@ -99,6 +99,8 @@ Deviation deviationOf(DecodedRows& result, const LargePicture& picture, DecodedR
     }
     count += static_cast<double>(samples);
   }
+  if (!result.endWell() || (source != nullptr && !source->endWell()))
+    throw std::runtime_error("another program finds fault with the picture");
   deviation.mean = sum / count;
   return deviation;
 }

@@ -102,13 +102,7 @@ TEST_P(Changes, OfAnotherProgramWinAtEveryStageAndAreTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Roads, Changes, testing::Values(kRoads[0], kRoads[1], kRoads[5]),
-                         [](const testing::TestParamInfo<Road>& road) {
-                           std::string name = road.param.name;
-                           for (char& c : name) {
-                             if (c == '-') c = '_';
-                           }
-                           return name;
-                         });
+                         [](const testing::TestParamInfo<Road>& road) { return testNameOf(road.param); });
 
 }  // namespace
 

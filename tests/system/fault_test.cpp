@@ -78,13 +78,7 @@ TEST(FaultInjector, SeesAProcessThatIsLeftBehind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Roads, Faults, testing::ValuesIn(kRoads),
-                         [](const testing::TestParamInfo<Road>& road) {
-                           std::string name = road.param.name;
-                           for (char& c : name) {
-                             if (c == '-') c = '_';
-                           }
-                           return name;
-                         });
+                         [](const testing::TestParamInfo<Road>& road) { return testNameOf(road.param); });
 
 }  // namespace
 }  // namespace ostra::test

@@ -73,11 +73,10 @@ ManyFilesRun convertManyFiles(const InstalledProgram& program, const std::string
   return run;
 }
 
-const std::vector<Holding>& holdings() {
-  constexpr std::size_t kMegabyte = 1 << 20;
-  static const std::vector<Holding> all = {
-      {"memory", [](const Moment& at) { return at.program.residentBytes; }, 3 * kMegabyte},
-      {"of all", [](const Moment& at) { return at.memoryOfAll; }, 6 * kMegabyte},
+std::vector<Holding> holdings(std::size_t memorySlack) {
+  return {
+      {"memory", [](const Moment& at) { return at.program.residentBytes; }, memorySlack},
+      {"of all", [](const Moment& at) { return at.memoryOfAll; }, 2 * memorySlack},
       {"descriptors", [](const Moment& at) { return at.program.descriptors; }, 2},
       {"threads", [](const Moment& at) { return at.program.threads; }, 1},
       {"mappings", [](const Moment& at) { return at.program.mappings; }, 8},
@@ -85,7 +84,6 @@ const std::vector<Holding>& holdings() {
       {"zombies", [](const Moment& at) { return at.program.zombies; }, 1},
       {"entries", [](const Moment& at) { return at.entriesBeside; }, 3},
   };
-  return all;
 }
 
 std::size_t mostBetween(const ManyFilesRun& run, const Holding& holding, std::size_t from, std::size_t to) {
@@ -95,9 +93,10 @@ std::size_t mostBetween(const ManyFilesRun& run, const Holding& holding, std::si
   return most;
 }
 
-std::vector<std::string> whatGrew(const ManyFilesRun& run, std::size_t warmUp, std::size_t span) {
+std::vector<std::string> whatGrew(const ManyFilesRun& run, const std::vector<Holding>& holdings,
+                                  std::size_t warmUp, std::size_t span) {
   std::vector<std::string> sentences;
-  for (const Holding& holding : holdings()) {
+  for (const Holding& holding : holdings) {
     const std::size_t early = mostBetween(run, holding, warmUp, warmUp + span);
     const std::size_t late = mostBetween(run, holding, run.filesDone - span, run.filesDone);
     if (late > early + holding.slack)

@@ -33,12 +33,14 @@ struct Holding {
   std::size_t (*of)(const Moment&);
   std::size_t slack;  // what the same work may differ by from one time to another
 };
-const std::vector<Holding>& holdings();
+/// `memorySlack` is that of the memory; how much memory a moment takes depends on the pictures.
+std::vector<Holding> holdings(std::size_t memorySlack);
 
 /// The most that was held between two numbers of files done.
 std::size_t mostBetween(const ManyFilesRun& run, const Holding& holding, std::size_t from, std::size_t to);
 
 /// A sentence for all of which more was held over the last `span` files than over as many after `warmUp`.
-std::vector<std::string> whatGrew(const ManyFilesRun& run, std::size_t warmUp, std::size_t span);
+std::vector<std::string> whatGrew(const ManyFilesRun& run, const std::vector<Holding>& holdings,
+                                  std::size_t warmUp, std::size_t span);
 
 }  // namespace ostra::test

@@ -1,6 +1,8 @@
 #pragma once
+#include <algorithm>
 #include <array>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace ostra::test {
@@ -15,6 +17,13 @@ struct Road {
   bool cacheIsElsewhere = false;  // on another file system than the picture
   bool canExchange = true;
 };
+
+/// As a part of a test's name.
+inline std::string testNameOf(const Road& road) {
+  std::string name = road.name;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
 
 inline void PrintTo(const Road& road, std::ostream* out) { *out << road.name; }
 

@@ -79,6 +79,24 @@ PhotoshopBlock splitPhotoshop(ByteView block) {
   return result;
 }
 
+ByteView findPhotoshopResource(ByteView block, std::uint16_t number) {
+  while (const auto resource = takeResource(block)) {
+    if (resource->id == number) return resource->data();
+  }
+  return {};
+}
+
+Bytes resourcesOutsideDocuments(ByteView resources) {
+  constexpr std::uint16_t kCaption = 1008, kCopyrightFlag = 1034, kAddress = 1035;
+  Bytes kept;
+  while (const auto resource = takeResource(resources)) {
+    for (const std::uint16_t number : {kResolution, kCaption, kCopyrightFlag, kAddress, kIptcDigest}) {
+      if (resource->id == number) appendWhole(kept, *resource);
+    }
+  }
+  return kept;
+}
+
 Bytes joinPhotoshop(ByteView iptc, ByteView resources) {
   Bytes block;
   if (!iptc.empty()) appendResource(block, kIptc, iptc);

@@ -18,6 +18,10 @@ struct PhotoshopBlock {
 /// Takes the IPTC records (resource 1028, or several of them) out of the block. Never fails: bytes that are
 /// no resource stay at the end of `resources`.
 PhotoshopBlock splitPhotoshop(ByteView block);
+/// The contents of the first resource of this number; empty when there is none.
+ByteView findPhotoshopResource(ByteView block, std::uint16_t number);
+/// The resources that still tell the truth in a file of another format: of a whole document they are few.
+Bytes resourcesOutsideDocuments(ByteView resources);
 /// The block that holds both again; empty when both are.
 Bytes joinPhotoshop(ByteView iptc, ByteView resources);
 

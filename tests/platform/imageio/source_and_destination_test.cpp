@@ -136,7 +136,8 @@ TEST(Destinations, AreMadeForWritableTypesAndOnePicture) {
   EXPECT_EQ(CGImageDestination::createWithData(data, "public.png", 2), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "org.webmproject.webp", 1), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "PUBLIC.PNG", 1), nullptr);
-  EXPECT_EQ(CGImageDestinationCopyTypeIdentifiers(), (std::vector<std::string>{"public.jpeg", "public.png"}));
+  EXPECT_EQ(CGImageDestinationCopyTypeIdentifiers(),
+            (std::vector<std::string>{"com.compuserve.gif", "public.jpeg", "public.png"}));
 }
 
 TEST(Destinations, LeaveTheBufferEmptyWhenTheyFail) {

@@ -22,6 +22,10 @@ TiffBands::TiffBands(const TiffFile& file, const TiffDirectory& directory)
   const tmsize_t bytesPerRow = directory.tiled ? TIFFTileRowSize(file.get()) : TIFFScanlineSize(file.get());
   if (width == 0 || bytesPerRow <= 0) rowsPerBand_ = 0;
   if (rowsPerBand_ == 0) return;
+  constexpr std::uint64_t kLargeStrip = 16u << 20;
+  byRows_ = !directory.tiled && planes == 1 &&
+            static_cast<std::uint64_t>(bytesPerRow) * rowsPerBand_ > kLargeStrip;
+  if (byRows_) rowsPerBand_ = 1;
   for (std::uint16_t plane = 0; plane < planes; ++plane) {
     for (std::uint64_t x = 0; x < directory.width; x += width) {
       TiffBlock block;
@@ -46,9 +50,15 @@ std::optional<std::uint32_t> TiffBands::next() {
   if (rowsPerBand_ == 0 || blocks_.empty()) return std::nullopt;
   if (y_ >= directory_.height) return 0;
   const std::uint32_t rows = std::min(rowsPerBand_, directory_.height - y_);
-  if (!(directory_.tiled ? readTiles() : readStrips(rows))) return std::nullopt;
+  if (!(byRows_ ? readRow() : directory_.tiled ? readTiles() : readStrips(rows))) return std::nullopt;
   y_ += rows;
   return rows;
+}
+
+bool TiffBands::readRow() {
+  TiffBlock& block = blocks_.front();
+  block.bytes.resize(block.bytesPerRow);
+  return TIFFReadScanline(file_.get(), block.bytes.data(), y_, 0) == 1;
 }
 
 bool TiffBands::readStrips(std::uint32_t rows) {

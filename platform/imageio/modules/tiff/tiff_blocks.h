@@ -17,7 +17,8 @@ struct TiffBlock {
   Bytes bytes;
 };
 
-/// The rows of a picture in bands: those that one strip, or one row of tiles, holds of all planes.
+/// The rows of a picture in bands: those that one strip, or one row of tiles, holds of all planes. Of a strip
+/// that is large a band is one row, so that nobody needs the memory for a second picture.
 class TiffBands {
  public:
   TiffBands(const TiffFile& file, const TiffDirectory& directory);
@@ -29,12 +30,14 @@ class TiffBands {
   const std::vector<TiffBlock>& blocks() const { return blocks_; }
 
  private:
+  bool readRow();
   bool readStrips(std::uint32_t rows);
   bool readTiles();
 
   const TiffFile& file_;
   const TiffDirectory& directory_;
   std::uint32_t rowsPerBand_;
+  bool byRows_ = false;
   std::uint32_t y_ = 0;
   std::vector<TiffBlock> blocks_;
 };

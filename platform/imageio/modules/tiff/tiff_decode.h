@@ -4,8 +4,9 @@
 
 namespace ostra {
 
-/// The pixels of the first directory, as they are stored: not turned by its orientation, without a profile
-/// where they mean what the file says, and in ROMM RGB where they were CIELAB.
-Answer<Pixels> decodeTiffPixels(const TiffFile& file, const TiffDirectory& directory, const Limits& limits);
+/// The pixels of the current directory as they are stored, not turned by its orientation, which mean what
+/// `profile` says.
+Answer<Pixels> decodeTiffPixels(const TiffFile& file, const TiffDirectory& directory, ProfileRecord profile,
+                                const Limits& limits);
 
 }  // namespace ostra

@@ -1,7 +1,5 @@
 #include "platform/imageio/modules/tiff/tiff_directory.h"
 
-#include <algorithm>
-
 namespace ostra {
 namespace {
 
@@ -9,9 +7,19 @@ std::uint16_t shortField(const TiffFile& file, std::uint32_t tag, std::uint16_t 
   return file.field<std::uint16_t>(tag, otherwise);
 }
 
-/// Subsampled colours come back whole from JPEG alone.
-TiffColour colourOf(std::uint16_t photometric, std::uint16_t compression, std::uint16_t inks) {
-  switch (photometric) {
+/// As the library takes it where the directory does not say.
+std::uint16_t photometryOf(const TiffFile& file, const TiffDirectory& directory) {
+  std::uint16_t photometry = 0;
+  if (TIFFGetField(file.get(), TIFFTAG_PHOTOMETRIC, &photometry) != 0) return photometry;
+  if (directory.samples >= 3) return PHOTOMETRIC_RGB;
+  const bool isFacsimile =
+      directory.compression >= COMPRESSION_CCITTRLE && directory.compression <= COMPRESSION_CCITTFAX4;
+  return isFacsimile || directory.compression == COMPRESSION_CCITTRLEW ? PHOTOMETRIC_MINISWHITE
+                                                                       : PHOTOMETRIC_MINISBLACK;
+}
+
+TiffColour colourOf(const TiffFile& file, const TiffDirectory& directory) {
+  switch (directory.photometry) {
     case PHOTOMETRIC_MINISWHITE:
     case PHOTOMETRIC_MINISBLACK:
       return TiffColour::gray;
@@ -20,12 +28,18 @@ TiffColour colourOf(std::uint16_t photometric, std::uint16_t compression, std::u
     case PHOTOMETRIC_PALETTE:
       return TiffColour::palette;
     case PHOTOMETRIC_SEPARATED:
-      return inks == INKSET_CMYK ? TiffColour::cmyk : TiffColour::other;
+      return shortField(file, TIFFTAG_INKSET, INKSET_CMYK) == INKSET_CMYK ? TiffColour::cmyk
+                                                                          : TiffColour::other;
     case PHOTOMETRIC_CIELAB:
     case PHOTOMETRIC_ICCLAB:
       return TiffColour::lab;
+    case PHOTOMETRIC_LOGL:
+    case PHOTOMETRIC_LOGLUV:
+      return TiffColour::light;
     case PHOTOMETRIC_YCBCR:
-      return compression == COMPRESSION_JPEG ? TiffColour::rgb : TiffColour::other;
+      // Subsampled colours come back whole from JPEG alone.
+      return directory.compression == COMPRESSION_JPEG && !directory.separatePlanes ? TiffColour::rgb
+                                                                                    : TiffColour::other;
     default:
       return TiffColour::other;
   }
@@ -39,18 +53,37 @@ void readAlpha(const TiffFile& file, TiffDirectory& directory) {
     return;
   for (std::uint16_t i = 0; i < count; ++i) {
     const auto place = static_cast<std::uint16_t>(directory.colours() + i);
-    if (place >= directory.samples || directory.alpha != TiffAlpha::none) return;
-    if (kinds[i] == EXTRASAMPLE_ASSOCALPHA) directory.alpha = TiffAlpha::premultiplied;
-    if (kinds[i] == EXTRASAMPLE_UNASSALPHA) directory.alpha = TiffAlpha::straight;
+    if (place >= directory.samples || (kinds[i] != EXTRASAMPLE_ASSOCALPHA && kinds[i] != EXTRASAMPLE_UNASSALPHA))
+      continue;
+    directory.alpha =
+        kinds[i] == EXTRASAMPLE_ASSOCALPHA ? TiffAlpha::premultiplied : TiffAlpha::straight;
     directory.alphaSample = place;
+    return;
   }
 }
 
-bool depthIsKnown(const TiffDirectory& directory) {
-  if (directory.format == SAMPLEFORMAT_IEEEFP)
-    return directory.bits == 16 || directory.bits == 32 || directory.bits == 64;
-  if (directory.format != SAMPLEFORMAT_UINT && directory.format != SAMPLEFORMAT_INT) return false;
-  return directory.bits >= 1 && directory.bits <= 64;
+/// As light in floating point, whatever the directory says of its samples.
+bool askForLight(const TiffFile& file, TiffDirectory& directory) {
+  const bool isLog = directory.compression == COMPRESSION_SGILOG || directory.compression == COMPRESSION_SGILOG24;
+  if (!isLog || directory.separatePlanes ||
+      TIFFSetField(file.get(), TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT) == 0)
+    return false;
+  directory.bits = 32;
+  directory.format = SAMPLEFORMAT_IEEEFP;
+  directory.samples = directory.photometry == PHOTOMETRIC_LOGL ? 1 : 3;
+  return true;
+}
+
+bool samplesAreKnown(const TiffDirectory& directory) {
+  const std::uint16_t bits = directory.bits;
+  switch (directory.colour) {
+    case TiffColour::palette:
+      return bits <= 16 && directory.format == SAMPLEFORMAT_UINT;
+    case TiffColour::lab:
+      return (bits == 8 || bits == 16) && !directory.isReal();
+    default:
+      return directory.isReal() ? bits == 16 || bits == 32 || bits == 64 : bits >= 1 && bits <= 64;
+  }
 }
 
 }  // namespace
@@ -60,6 +93,8 @@ std::uint16_t TiffDirectory::colours() const {
     case TiffColour::gray:
     case TiffColour::palette:
       return 1;
+    case TiffColour::light:
+      return photometry == PHOTOMETRIC_LOGL ? 1 : 3;
     case TiffColour::cmyk:
       return 4;
     default:
@@ -68,14 +103,9 @@ std::uint16_t TiffDirectory::colours() const {
 }
 
 CGColorSpaceModel TiffDirectory::model() const {
-  if (colour == TiffColour::gray) return CGColorSpaceModel::monochrome;
-  return colour == TiffColour::cmyk ? CGColorSpaceModel::cmyk : CGColorSpaceModel::rgb;
-}
-
-std::uint8_t TiffDirectory::decodedBits() const {
-  if (colour == TiffColour::other) return 8;
-  const bool fits = bits <= 8 && colour != TiffColour::palette && colour != TiffColour::lab;
-  return fits ? 8 : 16;
+  if (colour == TiffColour::cmyk) return CGColorSpaceModel::cmyk;
+  const bool gray = colour == TiffColour::gray || (colour == TiffColour::light && colours() == 1);
+  return gray ? CGColorSpaceModel::monochrome : CGColorSpaceModel::rgb;
 }
 
 std::optional<TiffDirectory> readTiffDirectory(const TiffFile& file) {
@@ -87,17 +117,19 @@ std::optional<TiffDirectory> readTiffDirectory(const TiffFile& file) {
   directory.format = shortField(file, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
   if (directory.format == SAMPLEFORMAT_VOID) directory.format = SAMPLEFORMAT_UINT;
   directory.compression = shortField(file, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-  const std::uint16_t photometric = shortField(file, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-  directory.colour =
-      colourOf(photometric, directory.compression, shortField(file, TIFFTAG_INKSET, INKSET_CMYK));
-  directory.labOfProfiles = photometric == PHOTOMETRIC_ICCLAB;
-  directory.whiteIsZero = photometric == PHOTOMETRIC_MINISWHITE;
+  directory.photometry = photometryOf(file, directory);
   directory.separatePlanes =
       shortField(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
   directory.tiled = TIFFIsTiled(file.get()) != 0;
+  directory.colour = colourOf(file, directory);
   if (directory.width == 0 || directory.height == 0 || directory.samples == 0) return std::nullopt;
-  if (!depthIsKnown(directory)) return std::nullopt;
-  if (directory.colour != TiffColour::other && directory.samples < directory.colours()) return std::nullopt;
+  if (directory.colour == TiffColour::other) return directory;
+  if (directory.colour == TiffColour::light && !askForLight(file, directory)) return std::nullopt;
+  const bool known = directory.isReal() || directory.format == SAMPLEFORMAT_UINT ||
+                     directory.format == SAMPLEFORMAT_INT;
+  if (!known || !samplesAreKnown(directory) || directory.samples < directory.colours()) return std::nullopt;
+  if (directory.compression == COMPRESSION_JPEG)
+    TIFFSetField(file.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   readAlpha(file, directory);
   return directory;
 }

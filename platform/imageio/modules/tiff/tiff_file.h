@@ -11,15 +11,17 @@ namespace ostra {
 /// bytes must outlive it.
 class TiffFile {
  public:
-  /// Null when the library does not take it for one.
-  static std::unique_ptr<TiffFile> open(ByteView bytes);
+  /// With `directory`, the offset of one, as the current one. Null when the library does not take it for a
+  /// TIFF. No call of the library takes more than `mostMemory` at once.
+  static std::unique_ptr<TiffFile> open(ByteView bytes, std::uint64_t directory, std::uint64_t mostMemory);
   ~TiffFile();
   TiffFile(const TiffFile&) = delete;
   TiffFile& operator=(const TiffFile&) = delete;
 
   TIFF* get() const { return tiff_; }
   ByteView bytes() const { return bytes_; }
-  /// How often the library complained so far: some of its decoders go on with what they have.
+  /// How often the library complained so far of what means lost pixels: some of its decoders go on with what
+  /// they have.
   unsigned complaints() const { return complaints_; }
 
   /// A field of the current directory that is one number or pointer, its default where it has one.
@@ -47,5 +49,10 @@ class TiffFile {
   unsigned complaints_ = 0;
   TIFF* tiff_ = nullptr;
 };
+
+struct FreeTiffOptions {
+  void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
+};
+using TiffOptions = std::unique_ptr<TIFFOpenOptions, FreeTiffOptions>;
 
 }  // namespace ostra

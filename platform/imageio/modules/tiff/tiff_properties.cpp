@@ -1,6 +1,7 @@
 #include "platform/imageio/modules/tiff/tiff_properties.h"
 
 #include <algorithm>
+#include <string>
 
 #include "platform/imageio/codecs/exif_colour.h"
 #include "platform/imageio/codecs/picture_tree.h"
@@ -13,61 +14,58 @@
 namespace ostra {
 namespace {
 
-Bytes bytesField(const TiffFile& file, std::uint32_t tag, std::size_t most, LimitName limit) {
-  std::uint32_t count = 0;
-  const std::uint8_t* data = nullptr;
-  if (TIFFGetField(file.get(), tag, &count, &data) == 0 || data == nullptr) return {};
-  if (count > most) throw LimitExceeded{limit};
-  return {data, data + count};
+constexpr std::uint16_t kXmp = 700, kIptc = 33723, kPhotoshop = 34377, kProfile = 34675;
+
+/// The bytes of an entry's value, as they lie in the file whatever their type.
+Bytes blockOf(const TiffPicture& picture, std::uint16_t tag, std::size_t most, LimitName limit) {
+  const TiffEntry* const entry = picture.entries.find(tag);
+  if (entry == nullptr) return {};
+  const ByteView bytes = picture.structure.bytesOf(*entry);
+  if (bytes.size() > most) throw LimitExceeded{limit};
+  return {bytes.begin(), bytes.end()};
 }
 
-/// IPTC records are often typed as words, in the order of the file, which the library then turns.
-Bytes iptcField(const TiffFile& file, std::size_t most) {
-  const TIFFField* const field = TIFFFieldWithTag(file.get(), TIFFTAG_RICHTIFFIPTC);
-  std::uint32_t count = 0;
-  const std::uint8_t* data = nullptr;
-  if (field == nullptr || TIFFGetField(file.get(), TIFFTAG_RICHTIFFIPTC, &count, &data) == 0 ||
-      data == nullptr)
-    return {};
-  const bool words = TIFFFieldDataType(field) == TIFF_LONG;
-  const std::size_t size = std::size_t{count} * (words ? 4 : 1);
-  if (size > most) throw LimitExceeded{LimitName::metadataBytes};
-  Bytes bytes(data, data + size);
-  if (words && TIFFIsByteSwapped(file.get()) != 0)
-    for (std::size_t i = 0; i + 4 <= size; i += 4)
-      std::reverse(bytes.begin() + static_cast<std::ptrdiff_t>(i),
-                   bytes.begin() + static_cast<std::ptrdiff_t>(i + 4));
-  return bytes;
+/// Writers that call the records words may have turned each into the order of the file.
+Bytes iptcOf(const TiffPicture& picture, std::size_t most) {
+  constexpr std::uint8_t kMark = 0x1C;
+  Bytes records = blockOf(picture, kIptc, most, LimitName::metadataBytes);
+  if (records.size() < 4 || records[0] == kMark || records[3] != kMark) return records;
+  for (std::size_t i = 0; i + 4 <= records.size(); i += 4)
+    std::reverse(records.begin() + static_cast<std::ptrdiff_t>(i),
+                 records.begin() + static_cast<std::ptrdiff_t>(i + 4));
+  return records;
 }
 
-Bytes limitedExif(const TiffFile& file, const Limits& limits) {
-  Bytes exif = exifBlockOfTiff(file.bytes());
-  if (exif.size() > limits.metadataBytes) throw LimitExceeded{LimitName::metadataBytes};
-  return exif;
+Bytes exifOf(const TiffPicture& picture, const Limits& limits) {
+  return exifBlockOfTiff(picture.structure, picture.offset, limits.metadataBytes);
 }
 
-void addDensity(const TiffFile& file, Dictionary& tree) {
-  constexpr double kCentimetresAnInch = 2.54;
-  const auto unit = file.field<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-  const double factor = unit == RESUNIT_INCH ? 1 : unit == RESUNIT_CENTIMETER ? kCentimetresAnInch : 0;
-  const double x = file.field<float>(TIFFTAG_XRESOLUTION) * factor,
-               y = file.field<float>(TIFFTAG_YRESOLUTION) * factor;
-  if (!(x > 0) || !(y > 0)) return;
-  tree.emplace(kCGImagePropertyDPIWidth, x);
-  tree.emplace(kCGImagePropertyDPIHeight, y);
+/// What says how the samples are stored, which a writer can take up.
+Dictionary storage(const TiffDirectory& directory) {
+  Dictionary group;
+  group.emplace("Compression", std::int64_t{directory.compression});
+  group.emplace("PhotometricInterpretation", std::int64_t{directory.photometry});
+  return group;
 }
 
 }  // namespace
 
-ProfileRecord readTiffProfile(const TiffFile& file, const TiffDirectory& directory, const Limits& limits) {
-  Bytes icc = bytesField(file, TIFFTAG_ICCPROFILE, limits.profileBytes, LimitName::profileBytes);
+ProfileRecord readTiffProfile(const TiffPicture& picture, const Limits& limits) {
+  const TiffDirectory& directory = picture.directory;
+  if (directory.colour == TiffColour::lab) return NamedSpace{std::string(kCGColorSpaceROMMRGB)};
+  if (directory.colour == TiffColour::light) return NamedSpace{std::string(kCGColorSpaceSRGB)};
+  Bytes icc = blockOf(picture, kProfile, limits.profileBytes, LimitName::profileBytes);
   ProfileRecord profile = Untagged{};
   if (!icc.empty()) profile = IccProfile{std::move(icc)};
   if (statedSpace(profile, directory.model()) != nullptr) return profile;
-  return exifColour(limitedExif(file, limits));
+  // Floating point is light, which is given the curve of this space.
+  if (directory.isReal() && directory.model() != CGColorSpaceModel::cmyk)
+    return NamedSpace{std::string(kCGColorSpaceSRGB)};
+  return exifColour(exifOf(picture, limits));
 }
 
-Properties readTiffProperties(const TiffFile& file, const TiffDirectory& directory, const Limits& limits) {
+Properties readTiffProperties(const TiffPicture& picture, const Limits& limits) {
+  const TiffDirectory& directory = picture.directory;
   PictureFacts facts;
   facts.width = directory.width;
   facts.height = directory.height;
@@ -75,14 +73,15 @@ Properties readTiffProperties(const TiffFile& file, const TiffDirectory& directo
   facts.model = directory.model();
   facts.hasAlpha = directory.alpha != TiffAlpha::none;
   facts.isIndexed = directory.colour == TiffColour::palette;
-  Dictionary tree = pictureTree(facts, readTiffProfile(file, directory, limits));
-  addDensity(file, tree);
+  Dictionary tree = pictureTree(facts, readTiffProfile(picture, limits));
+  if (directory.isReal()) tree.emplace(kCGImagePropertyIsFloat, true);
+  tree.emplace(kCGImagePropertyTIFFDictionary, storage(directory));
   Carrier carrier;
-  carrier.exif = limitedExif(file, limits);
-  carrier.xmp = bytesField(file, TIFFTAG_XMLPACKET, limits.metadataBytes, LimitName::metadataBytes);
+  carrier.exif = exifOf(picture, limits);
+  carrier.xmp = blockOf(picture, kXmp, limits.metadataBytes, LimitName::metadataBytes);
   PhotoshopBlock photoshop =
-      splitPhotoshop(bytesField(file, TIFFTAG_PHOTOSHOP, limits.metadataBytes, LimitName::metadataBytes));
-  carrier.iptc = iptcField(file, limits.metadataBytes);
+      splitPhotoshop(blockOf(picture, kPhotoshop, limits.metadataBytes, LimitName::metadataBytes));
+  carrier.iptc = iptcOf(picture, limits.metadataBytes);
   if (carrier.iptc.empty()) carrier.iptc = std::move(photoshop.iptc);
   carrier.photoshopResources = std::move(photoshop.resources);
   return readMetadata(std::move(carrier), std::move(tree));

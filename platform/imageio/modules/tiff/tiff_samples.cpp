@@ -6,8 +6,6 @@
 namespace ostra {
 namespace {
 
-using Out = std::span<std::uint16_t>;
-
 template <class T>
 T sampleAt(const std::uint8_t* row, std::size_t index) {
   T sample;
@@ -15,101 +13,77 @@ T sampleAt(const std::uint8_t* row, std::size_t index) {
   return sample;
 }
 
-// Whole bytes: the library has turned them into the order of this machine.
-template <class T>
-void unpackWhole(const std::uint8_t* row, Out out, std::uint16_t) {
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    const T sample = sampleAt<T>(row, i);
-    if constexpr (sizeof(T) == 1) {
-      out[i] = static_cast<std::uint16_t>(sample * 257);
-    } else {
-      out[i] = static_cast<std::uint16_t>(sample >> (8 * sizeof(T) - 16));
-    }
+// The library has turned whole numbers of bytes into the order of this machine, those of 24 bits too.
+std::uint64_t wholeAt(const std::uint8_t* row, std::size_t index, std::uint16_t bits) {
+  switch (bits) {
+    case 8:
+      return row[index];
+    case 16:
+      return sampleAt<std::uint16_t>(row, index);
+    case 24:
+      return row[3 * index] | std::uint32_t{row[3 * index + 1]} << 8 | std::uint32_t{row[3 * index + 2]} << 16;
+    case 32:
+      return sampleAt<std::uint32_t>(row, index);
+    default:
+      return sampleAt<std::uint64_t>(row, index);
   }
 }
 
-std::uint64_t bitsAt(const std::uint8_t* row, std::uint64_t position, std::uint16_t count) {
-  std::uint64_t number = 0;
-  for (std::uint16_t i = 0; i < count; ++i, ++position)
-    number = number << 1 | (row[position / 8] >> (7 - position % 8) & 1u);
+std::uint64_t bitsAt(const std::uint8_t* row, std::size_t index, std::uint16_t bits) {
+  std::uint64_t number = 0, position = std::uint64_t{index} * bits;
+  for (unsigned left = bits; left > 0;) {
+    const unsigned inByte = 8 - position % 8, taken = left < inByte ? left : inByte;
+    const unsigned part = row[position / 8] >> (inByte - taken) & ((1u << taken) - 1);
+    number = number << taken | part;
+    position += taken;
+    left -= taken;
+  }
   return number;
 }
 
-void unpackBits(const std::uint8_t* row, Out out, std::uint16_t bits) {
-  const long double most = std::ldexp(1.0L, bits) - 1;
-  for (std::size_t i = 0; i < out.size(); ++i)
-    out[i] = static_cast<std::uint16_t>(
-        std::lround(static_cast<double>(bitsAt(row, i * bits, bits) / most * 65535)));
+bool isWhole(std::uint16_t bits) {
+  return bits == 8 || bits == 16 || bits == 24 || bits == 32 || bits == 64;
 }
 
-// The same from the lowest number on.
-void unpackSigned(const std::uint8_t* row, Out out, std::uint16_t bits) {
-  if (bits == 8) {
-    unpackWhole<std::uint8_t>(row, out, bits);
-  } else if (bits == 16) {
-    unpackWhole<std::uint16_t>(row, out, bits);
-  } else if (bits == 32) {
-    unpackWhole<std::uint32_t>(row, out, bits);
-  } else if (bits == 64) {
-    unpackWhole<std::uint64_t>(row, out, bits);
-  } else {
-    unpackBits(row, out, bits);
+// Exact up to 32 bits.
+std::uint16_t scaled(std::uint64_t number, std::uint16_t bits) {
+  if (bits > 32) {
+    number >>= bits - 32;
+    bits = 32;
   }
-  for (std::uint16_t& sample : out) sample ^= 0x8000;
-  // Eight bits repeat themselves in the lower half.
-  if (bits == 8)
-    for (std::uint16_t& sample : out) sample = static_cast<std::uint16_t>((sample >> 8) * 257);
-}
-
-std::uint16_t fromReal(double value) {
-  return value > 0 ? static_cast<std::uint16_t>(std::lround(std::fmin(value, 1) * 65535)) : std::uint16_t{0};
-}
-
-template <class T>
-void unpackReal(const std::uint8_t* row, Out out, std::uint16_t) {
-  for (std::size_t i = 0; i < out.size(); ++i) out[i] = fromReal(static_cast<double>(sampleAt<T>(row, i)));
+  const std::uint64_t most = (std::uint64_t{1} << bits) - 1;
+  return static_cast<std::uint16_t>((number * 65535 + most / 2) / most);
 }
 
 double halfOf(std::uint16_t bits) {
   const int exponent = bits >> 10 & 31;
   const int fraction = bits & 1023;
+  if (exponent == 31 && fraction != 0) return 0;  // no number
   const double size = exponent == 0 ? std::ldexp(fraction, -24) : std::ldexp(1024 + fraction, exponent - 25);
   return (bits & 0x8000) != 0 ? -size : size;
 }
 
-void unpackHalf(const std::uint8_t* row, Out out, std::uint16_t) {
-  for (std::size_t i = 0; i < out.size(); ++i) out[i] = fromReal(halfOf(sampleAt<std::uint16_t>(row, i)));
-}
+}  // namespace
 
-using Unpack = void (*)(const std::uint8_t*, Out, std::uint16_t);
+TiffIntegers::TiffIntegers(std::uint16_t bits, std::uint16_t format, bool raw)
+    : bits_(bits), isSigned_(format == SAMPLEFORMAT_INT && !raw), raw_(raw) {}
 
-Unpack unpackingOf(std::uint16_t bits, std::uint16_t format) {
-  if (format == SAMPLEFORMAT_IEEEFP)
-    return bits == 16 ? unpackHalf : bits == 32 ? unpackReal<float> : unpackReal<double>;
-  if (format == SAMPLEFORMAT_INT) return unpackSigned;
-  switch (bits) {
-    case 8:
-      return unpackWhole<std::uint8_t>;
-    case 16:
-      return unpackWhole<std::uint16_t>;
-    case 32:
-      return unpackWhole<std::uint32_t>;
-    case 64:
-      return unpackWhole<std::uint64_t>;
-    default:
-      return unpackBits;
+void TiffIntegers::unpack(const std::uint8_t* row, std::span<std::uint16_t> out) const {
+  const bool whole = isWhole(bits_);
+  const std::uint64_t sign = isSigned_ ? std::uint64_t{1} << (bits_ - 1) : 0;
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const std::uint64_t number = (whole ? wholeAt(row, i, bits_) : bitsAt(row, i, bits_)) ^ sign;
+    out[i] = raw_ ? static_cast<std::uint16_t>(number) : scaled(number, bits_);
   }
 }
 
-}  // namespace
-
-TiffSamples::TiffSamples(std::uint16_t bits, std::uint16_t format)
-    : bits_(bits), unpack_(unpackingOf(bits, format)) {}
-
-void TiffSamples::unpackNumbers(const std::uint8_t* row, Out out, std::uint16_t bits) {
+void unpackTiffReals(std::uint16_t bits, const std::uint8_t* row, std::span<float> out) {
   for (std::size_t i = 0; i < out.size(); ++i) {
-    out[i] = bits == 16 ? sampleAt<std::uint16_t>(row, i)
-                        : static_cast<std::uint16_t>(bitsAt(row, i * bits, bits));
+    if (bits == 16) {
+      out[i] = static_cast<float>(halfOf(sampleAt<std::uint16_t>(row, i)));
+    } else {
+      out[i] = bits == 32 ? sampleAt<float>(row, i) : static_cast<float>(sampleAt<double>(row, i));
+    }
   }
 }
 

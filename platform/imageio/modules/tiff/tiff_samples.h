@@ -7,20 +7,21 @@
 
 namespace ostra {
 
-/// Takes packed samples apart, the highest bits first where they share bytes: integers from 0 (the lowest, of
-/// signed ones) to 65535, floating point from 0 to 1, clamped.
-class TiffSamples {
+/// Takes packed samples apart: integers, the highest bits first where they share bytes.
+class TiffIntegers {
  public:
-  TiffSamples(std::uint16_t bits, std::uint16_t format);
+  /// `raw`: the numbers themselves, of at most 16 bits. Else from 0 (the lowest, of signed ones) to 65535.
+  TiffIntegers(std::uint16_t bits, std::uint16_t format, bool raw);
 
   /// As many samples as `out` takes, from a row that holds them.
-  void unpack(const std::uint8_t* row, std::span<std::uint16_t> out) const { unpack_(row, out, bits_); }
-  /// The numbers themselves, such as the entries of a palette; for at most 16 bits.
-  static void unpackNumbers(const std::uint8_t* row, std::span<std::uint16_t> out, std::uint16_t bits);
+  void unpack(const std::uint8_t* row, std::span<std::uint16_t> out) const;
 
  private:
   std::uint16_t bits_;
-  void (*unpack_)(const std::uint8_t* row, std::span<std::uint16_t> out, std::uint16_t bits);
+  bool isSigned_, raw_;
 };
+
+/// Floating point of 16, 32 or 64 bits.
+void unpackTiffReals(std::uint16_t bits, const std::uint8_t* row, std::span<float> out);
 
 }  // namespace ostra

@@ -61,7 +61,12 @@ class Extraction {
         const auto target = file_.numberOf(&entry);
         if (!target || chosen_.contains(pointer->to)) continue;
         choose(pointer->to, *target);
-        fields.push_back({.tag = entry.tag, .type = kLong, .count = 1, .own = Bytes(4), .from = {}, .pointsAt = pointer->to});
+        fields.push_back({.tag = entry.tag,
+                          .type = kLong,
+                          .count = 1,
+                          .own = Bytes(4),
+                          .from = {},
+                          .pointsAt = pointer->to});
       } else if (entry.value && !(kind == IfdKind::tiff && speaksOfStorage(entry.tag))) {
         if (auto field = fieldOf(entry)) fields.push_back(std::move(*field));
       }
@@ -102,32 +107,38 @@ class Extraction {
     for (const IfdKind kind : {IfdKind::interop, IfdKind::gps, IfdKind::exif, IfdKind::tiff}) {
       const auto found = chosen_.find(kind);
       if (found == chosen_.end()) continue;
-      std::erase_if(found->second, [&](const Field& field) {
-        return field.pointsAt && !chosen_.contains(*field.pointsAt);
-      });
+      std::erase_if(found->second,
+                    [&](const Field& field) { return field.pointsAt && !chosen_.contains(*field.pointsAt); });
       if (found->second.empty()) chosen_.erase(found);
     }
   }
 
-  /// The header, the directories, and room for the maker note at its old place.
+  /// The directories and the header before them.
   void place() {
-    std::size_t end = kHeader;
-    for (const auto& [kind, fields] : chosen_) {
-      position_[kind] = end;
-      end += 2 + kEntry * fields.size() + 4;
-    }
-    out_.resize(end);
-    cursor_ = end;
+    keepNote();
+    for (const auto& [kind, fields] : chosen_) position_[kind] = roomFor(2 + kEntry * fields.size() + 4);
     out_[0] = out_[1] = file_.order() == ByteOrder::little ? 'I' : 'M';
     write16(out_, 2, 42, file_.order());
     write32(out_, 4, static_cast<std::uint32_t>(position_.begin()->second), file_.order());
+  }
+
+  void keepNote() {
     const auto exif = chosen_.find(IfdKind::exif);
     if (exif == chosen_.end()) return;
     for (const Field& field : exif->second) {
-      if (field.tag == kMakerNote && field.size() > 4 && field.from.offset >= end &&
+      if (field.tag == kMakerNote && field.size() > 4 && field.from.offset >= kHeader &&
           field.from.end() <= kFarthestNote)
         note_ = field.from;
     }
+  }
+
+  /// What is laid down follows each other, around the maker note.
+  std::size_t roomFor(std::size_t size) {
+    cursor_ += cursor_ % 2;
+    if (note_ && overlap({cursor_, size}, *note_)) cursor_ = note_->end() + note_->end() % 2;
+    const std::size_t offset = std::exchange(cursor_, cursor_ + size);
+    out_.resize(std::max(out_.size(), cursor_));
+    return offset;
   }
 
   void writeDirectory(IfdKind kind, const Fields& fields) {
@@ -151,23 +162,16 @@ class Extraction {
     } else if (field.size() <= 4) {
       std::copy(value.begin(), value.end(), out_.begin() + static_cast<std::ptrdiff_t>(at + 8));
     } else {
-      const std::size_t offset = roomFor(field);
-      if (out_.size() < offset + value.size()) out_.resize(offset + value.size());
+      const bool keepsPlace = field.tag == kMakerNote && note_ && field.from.offset == note_->offset;
+      const std::size_t offset = keepsPlace ? note_->offset : roomFor(value.size());
+      out_.resize(std::max(out_.size(), offset + value.size()));
       std::copy(value.begin(), value.end(), out_.begin() + static_cast<std::ptrdiff_t>(offset));
       write32(out_, at + 8, static_cast<std::uint32_t>(offset), file_.order());
     }
   }
 
-  /// Values follow each other from the directories on, around the maker note.
-  std::size_t roomFor(const Field& field) {
-    if (note_ && field.from.offset == note_->offset && field.tag == kMakerNote) return note_->offset;
-    cursor_ += cursor_ % 2;
-    if (note_ && overlap({cursor_, field.size()}, *note_)) cursor_ = note_->end() + note_->end() % 2;
-    return std::exchange(cursor_, cursor_ + field.size());
-  }
-
   const TiffStructure& file_;
-  std::size_t most_, spent_ = 0, cursor_ = 0;
+  std::size_t most_, spent_ = 0, cursor_ = kHeader;
   std::map<IfdKind, Fields> chosen_;
   std::map<IfdKind, std::size_t> position_;
   std::optional<ByteRange> note_;

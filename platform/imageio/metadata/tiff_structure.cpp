@@ -66,8 +66,7 @@ std::optional<TiffEntries> TiffStructure::directoryAt(std::uint64_t offset) cons
   const std::uint64_t count = number(offset, counter), room = file_.size() - offset - counter;
   if (count > kMostEntries || count * each > room) return std::nullopt;
   TiffEntries directory;
-  for (std::uint64_t i = 0; i < count; ++i)
-    directory.entries.push_back(entryAt(offset + counter + i * each));
+  for (std::uint64_t i = 0; i < count; ++i) directory.entries.push_back(entryAt(offset + counter + i * each));
   if (room - count * each >= word) directory.next = number(offset + counter + count * each, word);
   return directory;
 }

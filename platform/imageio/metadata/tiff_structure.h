@@ -26,8 +26,8 @@ struct TiffEntries {
   const TiffEntry* find(std::uint16_t tag) const;
 };
 
-/// The directories of a TIFF file (TIFF 6.0) or of a BigTIFF: any of them, wherever it lies. An Exif block, of
-/// which every part has a meaning, is read by `parseExif`.
+/// The directories of a TIFF file (TIFF 6.0) or of a BigTIFF: any of them, wherever it lies. An Exif block,
+/// of which every part has a meaning, is read by `parseExif`.
 class TiffStructure {
  public:
   /// Nothing when the header is not one. The file must outlive it.

@@ -33,10 +33,11 @@ class TiffBands {
   bool readRow();
   bool readStrips(std::uint32_t rows);
   bool readTiles();
+  bool isSound(std::uint32_t number, std::uint64_t size) const;
 
   const TiffFile& file_;
   const TiffDirectory& directory_;
-  std::uint32_t rowsPerBand_;
+  std::uint32_t rowsPerBand_, rowsPerStrip_;
   bool byRows_ = false;
   std::uint32_t y_ = 0;
   std::vector<TiffBlock> blocks_;

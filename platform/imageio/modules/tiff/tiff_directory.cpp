@@ -53,10 +53,10 @@ void readAlpha(const TiffFile& file, TiffDirectory& directory) {
     return;
   for (std::uint16_t i = 0; i < count; ++i) {
     const auto place = static_cast<std::uint16_t>(directory.colours() + i);
-    if (place >= directory.samples || (kinds[i] != EXTRASAMPLE_ASSOCALPHA && kinds[i] != EXTRASAMPLE_UNASSALPHA))
+    if (place >= directory.samples ||
+        (kinds[i] != EXTRASAMPLE_ASSOCALPHA && kinds[i] != EXTRASAMPLE_UNASSALPHA))
       continue;
-    directory.alpha =
-        kinds[i] == EXTRASAMPLE_ASSOCALPHA ? TiffAlpha::premultiplied : TiffAlpha::straight;
+    directory.alpha = kinds[i] == EXTRASAMPLE_ASSOCALPHA ? TiffAlpha::premultiplied : TiffAlpha::straight;
     directory.alphaSample = place;
     return;
   }
@@ -64,7 +64,8 @@ void readAlpha(const TiffFile& file, TiffDirectory& directory) {
 
 /// As light in floating point, whatever the directory says of its samples.
 bool askForLight(const TiffFile& file, TiffDirectory& directory) {
-  const bool isLog = directory.compression == COMPRESSION_SGILOG || directory.compression == COMPRESSION_SGILOG24;
+  const bool isLog =
+      directory.compression == COMPRESSION_SGILOG || directory.compression == COMPRESSION_SGILOG24;
   if (!isLog || directory.separatePlanes ||
       TIFFSetField(file.get(), TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT) == 0)
     return false;
@@ -125,8 +126,8 @@ std::optional<TiffDirectory> readTiffDirectory(const TiffFile& file) {
   if (directory.width == 0 || directory.height == 0 || directory.samples == 0) return std::nullopt;
   if (directory.colour == TiffColour::other) return directory;
   if (directory.colour == TiffColour::light && !askForLight(file, directory)) return std::nullopt;
-  const bool known = directory.isReal() || directory.format == SAMPLEFORMAT_UINT ||
-                     directory.format == SAMPLEFORMAT_INT;
+  const bool known =
+      directory.isReal() || directory.format == SAMPLEFORMAT_UINT || directory.format == SAMPLEFORMAT_INT;
   if (!known || !samplesAreKnown(directory) || directory.samples < directory.colours()) return std::nullopt;
   if (directory.compression == COMPRESSION_JPEG)
     TIFFSetField(file.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);

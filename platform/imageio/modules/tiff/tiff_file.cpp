@@ -12,8 +12,7 @@ TiffFile& fileOf(void* self) { return *static_cast<TiffFile*>(self); }
 
 }  // namespace
 
-std::unique_ptr<TiffFile> TiffFile::open(ByteView bytes, std::uint64_t directory,
-                                         std::uint64_t mostMemory) {
+std::unique_ptr<TiffFile> TiffFile::open(ByteView bytes, std::uint64_t directory, std::uint64_t mostMemory) {
   std::unique_ptr<TiffFile> file(new TiffFile(bytes));
   const TiffOptions options(TIFFOpenOptionsAlloc());
   if (options == nullptr) return nullptr;
@@ -63,7 +62,7 @@ int TiffFile::onError(TIFF*, void* self, const char*, const char*, va_list) {
 
 // Most warnings are of odd fields. Those of the decoders are of pixels that were made up.
 int TiffFile::onWarning(TIFF*, void* self, const char* where, const char* format, va_list) {
-  constexpr std::string_view decoders[] = {"JPEGLib",      "LibJpeg",    "Fax3Decode1D", "Fax3Decode2D",
+  constexpr std::string_view decoders[] = {"JPEGLib",       "LibJpeg",    "Fax3Decode1D", "Fax3Decode2D",
                                            "Fax3DecodeRLE", "Fax4Decode", "LZWDecode"};
   const std::string_view name = where == nullptr ? "" : where, text = format == nullptr ? "" : format;
   // A part that is smaller than its place leaves the rest of that as it was.

@@ -23,8 +23,7 @@ bool holdsSensorData(const TiffStructure& file, const TiffEntries& directory) {
   const auto photometry = file.numberOf(directory.find(kPhotometry));
   if (photometry == kColourFilter || photometry == kLinearRaw) return true;
   const auto compression = file.numberOf(directory.find(kCompression));
-  return compression &&
-         std::find(kOfCameras.begin(), kOfCameras.end(), *compression) != kOfCameras.end();
+  return compression && std::find(kOfCameras.begin(), kOfCameras.end(), *compression) != kOfCameras.end();
 }
 
 bool holdsSensorDataBelow(const TiffStructure& file, const TiffEntries& directory) {

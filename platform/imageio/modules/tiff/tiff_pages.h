@@ -13,8 +13,8 @@ struct TiffPages {
 };
 
 /// The pages: all directories of the chain but smaller copies of pages and their masks. Counting stops at
-/// `most`, where the chain comes back to itself, and at a directory that is none. Nothing when the first one is
-/// none; where all are copies or masks, the first one is the picture.
+/// `most`, where the chain comes back to itself, and at a directory that is none. Nothing when the first one
+/// is none; where all are copies or masks, the first one is the picture.
 std::optional<TiffPages> readTiffPages(const TiffStructure& file, std::uint32_t most);
 
 /// Whether the file is a camera's raw picture in the clothes of a TIFF. What can be read of such a one is its

@@ -55,9 +55,9 @@ bool TiffPixels::keepsAlpha() const {
 }
 
 void TiffPixels::makeLayout() {
-  const bool isEight = palette_ ? palette_->isEightBits()
-                                : directory_.bits <= 8 && !directory_.isReal() &&
-                                      directory_.colour != TiffColour::lab;
+  const bool isEight =
+      palette_ ? palette_->isEightBits()
+               : directory_.bits <= 8 && !directory_.isReal() && directory_.colour != TiffColour::lab;
   layout_.width = directory_.width;
   layout_.height = directory_.height;
   layout_.bitsPerComponent = isEight ? 8 : 16;
@@ -125,8 +125,8 @@ void TiffPixels::collectReals(const TiffBlock& block, const std::uint8_t* row) {
   spread(unpackedReals_, block, directory_.samples, realRow_);
 }
 
-/// TIFF 6.0, section 23, has signed a and b; profiles have unsigned ones around the middle, and a lightness of
-/// 100 in the highest byte alone. Here as stored, before 8 bits or 16 are known from another.
+/// TIFF 6.0, section 23, has signed a and b; profiles have unsigned ones around the middle, and a lightness
+/// of 100 in the highest byte alone. Here as stored, before 8 bits or 16 are known from another.
 TiffPixels::Colour TiffPixels::labColour(const std::array<double, 3>& stored) const {
   const bool isDeep = directory_.bits == 16, ofProfiles = directory_.photometry == PHOTOMETRIC_ICCLAB;
   const double most = isDeep ? (ofProfiles ? 65280 : 65535) : 255, unit = isDeep ? 256 : 1;
@@ -158,7 +158,8 @@ TiffPixels::Colour TiffPixels::colourOfIntegers(const std::uint16_t* samples) co
     if (!isInk && directory_.alpha == TiffAlpha::premultiplied)
       colour[c] = alpha == 0 ? std::uint16_t{0} : word(double(colour[c]) / alpha);
   }
-  if (directory_.photometry == PHOTOMETRIC_MINISWHITE) colour[0] = static_cast<std::uint16_t>(kFull - colour[0]);
+  if (directory_.photometry == PHOTOMETRIC_MINISWHITE)
+    colour[0] = static_cast<std::uint16_t>(kFull - colour[0]);
   return colour;
 }
 

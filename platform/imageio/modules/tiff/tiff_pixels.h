@@ -12,8 +12,8 @@ namespace ostra {
 /// Makes pixels of the unpacked samples of a picture, row by row.
 ///
 /// Integers become 8 bits where these hold them, else 16. Floating point becomes 16 bits from 0 to 1: light,
-/// under the sRGB curve, unless `storedAsMeant`. Lab becomes ROMM RGB. Alpha stays as it is stored where pixels
-/// can say so, else it becomes straight; ink, whose pixels have none, is put on paper.
+/// under the sRGB curve, unless `storedAsMeant`. Lab becomes ROMM RGB. Alpha stays as it is stored where
+/// pixels can say so, else it becomes straight; ink, whose pixels have none, is put on paper.
 class TiffPixels {
  public:
   /// Nothing when the directory lacks what its samples refer to.

@@ -49,7 +49,8 @@ Answer<std::unique_ptr<CodecReader>> openTiff(FileBytes bytes, const Limits& lim
   const auto directory = file != nullptr ? readTiffDirectory(*file) : std::nullopt;
   if (!entries || !directory) return Fault{FaultKind::damaged};
   return std::make_unique<TiffReader>(
-      std::move(file), TiffPicture{*structure, pages->picture, std::move(*entries), *directory}, pages->count);
+      std::move(file), TiffPicture{*structure, pages->picture, std::move(*entries), *directory},
+      pages->count);
 }
 
 }  // namespace ostra

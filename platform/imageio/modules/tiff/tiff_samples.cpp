@@ -21,7 +21,8 @@ std::uint64_t wholeAt(const std::uint8_t* row, std::size_t index, std::uint16_t 
     case 16:
       return sampleAt<std::uint16_t>(row, index);
     case 24:
-      return row[3 * index] | std::uint32_t{row[3 * index + 1]} << 8 | std::uint32_t{row[3 * index + 2]} << 16;
+      return row[3 * index] | std::uint32_t{row[3 * index + 1]} << 8 |
+             std::uint32_t{row[3 * index + 2]} << 16;
     case 32:
       return sampleAt<std::uint32_t>(row, index);
     default:
@@ -41,9 +42,7 @@ std::uint64_t bitsAt(const std::uint8_t* row, std::size_t index, std::uint16_t b
   return number;
 }
 
-bool isWhole(std::uint16_t bits) {
-  return bits == 8 || bits == 16 || bits == 24 || bits == 32 || bits == 64;
-}
+bool isWhole(std::uint16_t bits) { return bits == 8 || bits == 16 || bits == 24 || bits == 32 || bits == 64; }
 
 // Exact up to 32 bits.
 std::uint16_t scaled(std::uint64_t number, std::uint16_t bits) {

@@ -35,7 +35,9 @@ Answer<Pixels> decodeBySamples(const TiffFile& file, const TiffDirectory& direct
   const LimitName limit = exceeded(limits, layout, file);
   if (limit != LimitName::none) return Fault{FaultKind::limit, limit};
   TiffBands bands(file, directory);
-  if (bands.bytes() > limits.decodedBytes) return Fault{FaultKind::limit, LimitName::decodedBytes};
+  // A tile may be much larger than the picture.
+  const LimitName ofBands = exceededLimit(limits, 1, 1, bands.bytes(), file.bytes().size());
+  if (ofBands != LimitName::none) return Fault{FaultKind::limit, ofBands};
   PixelMemory memory(layout.bytesPerRow * layout.height);
   if (const Result fault = decodeBands(bands, *pixels, memory.data(), limits.seconds)) return *fault;
   return Pixels{layout, std::move(memory).share(), std::move(profile)};

@@ -71,7 +71,7 @@ Properties readTiffProperties(const TiffPicture& picture, const Limits& limits) 
   facts.height = directory.height;
   facts.depth = directory.bits;
   facts.model = directory.model();
-  facts.hasAlpha = directory.alpha != TiffAlpha::none;
+  facts.hasAlpha = directory.alpha != TiffAlpha::none && directory.colour != TiffColour::cmyk;
   facts.isIndexed = directory.colour == TiffColour::palette;
   Dictionary tree = pictureTree(facts, readTiffProfile(picture, limits));
   if (directory.isReal()) tree.emplace(kCGImagePropertyIsFloat, true);

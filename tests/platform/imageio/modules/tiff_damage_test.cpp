@@ -113,6 +113,20 @@ TEST_F(TiffClaims, OfMorePixelsThanAnybodyNeedsAreALimit) {
             (Fault{FaultKind::limit, LimitName::decodedBytes}));
 }
 
+TEST_F(TiffClaims, OfATileThatIsMuchLargerThanThePictureAreALimit) {
+  const auto tiles = [&](std::uint32_t side) {
+    auto directory = gray;
+    directory.pixels.clear();
+    std::erase_if(directory.entries, [](const TiffBuilder::Entry& entry) { return entry.tag == 278; });
+    for (const auto& entry : {builder.longs(322, {side}), builder.longs(323, {side}), builder.longs(324, {8}),
+                              builder.longs(325, {100})})
+      directory = with(directory, entry);
+    return faultOfOne(with(directory, builder.shorts(259, {5})));
+  };
+  EXPECT_EQ(tiles(32768), (Fault{FaultKind::limit, LimitName::compressionRatio}));
+  EXPECT_EQ(tiles(64), (Fault{FaultKind::damaged}));
+}
+
 TEST_F(TiffClaims, ThatContradictEachOtherAreRefused) {
   const auto refused = [&](std::initializer_list<TiffBuilder::Entry> entries,
                            const TiffBuilder::Directory& of) {

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include <gtest/gtest.h>
+#include <tiffio.h>
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/metadata/carrier.h"
@@ -414,6 +415,59 @@ TEST_F(TiffByTools, OfYccWithoutJpegAreConvertedByItsOwnNumbers) {
     for (std::size_t c = 0; c < 3; ++c)
       EXPECT_NEAR(samples[4 * i + c] / 257.0, std::clamp(wanted[c], 0.0, 255.0), 1.5) << i << ' ' << c;
   }
+}
+
+/// A file that the library writes of one row of samples.
+Bytes byTheLibrary(const std::string& path, std::uint16_t compression, std::uint16_t photometry,
+                   std::uint16_t bits, std::uint16_t samples, Bytes row) {
+  TIFF* const tiff = TIFFOpen(path.c_str(), "w");
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometry);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(row.size() / samples / (bits / 8)));
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  if (bits == 32) {
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP);
+    TIFFSetField(tiff, TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_FLOAT);
+  }
+  const auto size = static_cast<tmsize_t>(row.size());
+  EXPECT_EQ(TIFFWriteEncodedStrip(tiff, 0, row.data(), size), size);
+  TIFFClose(tiff);
+  return readFile(path);
+}
+
+TEST_F(TiffByTools, OfLogarithmicLightAreGivenTheCurveOfSrgb) {
+  const TiffBuilder builder;
+  // White of three strengths, too much of it, and red.
+  const std::vector<double> xyz = {0, 0, 0, 0.25, 0.25, 0.25, 1, 1, 1, 4, 4, 4, 0.2974, 0.1537, 0.014};
+  const Bytes colour =
+      byTheLibrary(path("c.tif"), COMPRESSION_SGILOG, PHOTOMETRIC_LOGLUV, 32, 3, reals(builder, xyz, 32));
+  const Pixels pixels = decoded(colour);
+  EXPECT_EQ(std::get<NamedSpace>(pixels.profile).name, kCGColorSpaceSRGB);
+  const Samples samples = straightRgba16(pixels);
+  const double quarter = srgbCurve(0.25) * 65535;
+  const std::vector<double> expected = {0,     0,     0,     quarter, quarter, quarter,
+                                        65535, 65535, 65535, 65535,   65535,   65535};
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    EXPECT_NEAR(samples[i / 3 * 4 + i % 3], expected[i], 700) << i;  // it has steps of a third of a percent
+  EXPECT_GT(samples[16], 50000);
+  EXPECT_LT(samples[17], 9000);
+  EXPECT_LT(samples[18], 9000);
+  const Bytes gray = byTheLibrary(path("g.tif"), COMPRESSION_SGILOG, PHOTOMETRIC_LOGL, 32, 1,
+                                  reals(builder, {0, 0.25, 1, 4}, 32));
+  EXPECT_EQ(decoded(gray).layout.model, CGColorSpaceModel::monochrome);
+  EXPECT_NEAR(grayOf(decoded(gray))[1], quarter, 300);
+  EXPECT_EQ(grayOf(decoded(gray))[3], 65535);
+}
+
+TEST_F(TiffByTools, InTheLogarithmsOfFilmAreRead) {
+  byTheLibrary(path("a.tif"), COMPRESSION_PIXARLOG, PHOTOMETRIC_RGB, 8, 3, {0, 50, 100, 150, 200, 255});
+  const Samples mine = straightRgba16(decoded(readFile(path("a.tif"))));
+  EXPECT_EQ(mine, rgba16ByImageMagick(path("a.tif")));
+  EXPECT_NEAR(mine[4], 150 * 257, 3 * 257);
 }
 
 // What cameras of the nineties wrote: a whole JPEG beside the entries.

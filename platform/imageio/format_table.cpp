@@ -19,6 +19,7 @@ namespace {
 constexpr std::array kFormats{
     Codec{"public.png", "PNG", "the frames of an animation", true, matchesPng, {openPng, encodePng}},
     Codec{"public.jpeg", "JPEG", "full views", true, matchesJpeg, {openJpeg, encodeJpeg}},
+    Codec{"public.tiff", "TIFF", "pages", true, matchesTiff, {}, "tiff"},
     Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},

@@ -19,6 +19,7 @@ constexpr std::array kFormats{
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
     Codec{"public.jpeg-2000", "JPEG 2000", "codestreams", true, matchesJpeg2000, {}, "jpeg2000"},
+    Codec{"public.jpeg-xl", "JPEG XL", "the frames of an animation", false, matchesJxl, {}, "jxl"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

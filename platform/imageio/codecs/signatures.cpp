@@ -18,6 +18,11 @@ bool matchesJpeg2000(FileBytes head) {
   return hasText(head, 0, boxes) || hasText(head, 0, codestream);
 }
 
+bool matchesJxl(FileBytes head) {
+  constexpr std::string_view boxes("\0\0\0\x0CJXL \r\n\x87\n", 12), codestream("\xFF\x0A", 2);
+  return hasText(head, 0, boxes) || hasText(head, 0, codestream);
+}
+
 bool matchesWebp(FileBytes head) { return hasText(head, 0, "RIFF") && hasText(head, 8, "WEBPVP8"); }
 
 }  // namespace ostra

@@ -1,19 +1,6 @@
 #include "tests/platform/imageio/modules/jpeg2000_files.h"
 
 namespace ostra::test {
-namespace {
-
-Bytes big32(std::size_t value) {
-  Bytes bytes;
-  for (const int shift : {24, 16, 8, 0}) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-  return bytes;
-}
-
-}  // namespace
-
-Bytes box(std::string_view type, const Bytes& content) {
-  return joined({big32(content.size() + 8), bytesOfText(type), content});
-}
 
 Bytes markedBox(std::string_view mark, const Bytes& content) {
   Bytes bytes;

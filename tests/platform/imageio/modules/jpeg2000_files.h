@@ -1,13 +1,12 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include "tests/platform/imageio/modules/boxes.h"
 #include "tests/platform/imageio/picture_files.h"
 #include "tests/support/program.h"
 
 namespace ostra::test {
 
-/// A box of any content.
-Bytes box(std::string_view type, const Bytes& content);
 /// A "uuid" box; its mark in hexadecimal digits.
 Bytes markedBox(std::string_view mark, const Bytes& content);
 Bytes big16(std::initializer_list<unsigned> values);

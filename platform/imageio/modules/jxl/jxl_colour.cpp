@@ -55,9 +55,7 @@ bool isOfHighDynamicRange(const JxlColorEncoding& encoding) {
 // pixels are in that space. Others, whose profile describes what was packed and not what comes out, would
 // come out as light of sRGB, all other colours cut off.
 void chooseSpace(JxlDecoder* decoder, const Limits& limits, JxlStructure& structure) {
-  JxlBasicInfo info;
-  if (JxlDecoderGetBasicInfo(decoder, &info) != JXL_DEC_SUCCESS || info.uses_original_profile != 0) return;
-  if (encodingOf(decoder, kOriginal)) return;
+  if (structure.keepsNumbers || encodingOf(decoder, kOriginal)) return;
   const JxlColorEncoding wanted = wideEnough(profileOf(decoder, kOriginal, limits), structure.model);
   if (JxlDecoderSetPreferredColorProfile(decoder, &wanted) == JXL_DEC_SUCCESS) structure.wanted = wanted;
 }

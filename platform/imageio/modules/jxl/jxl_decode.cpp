@@ -1,6 +1,7 @@
 #include "platform/imageio/modules/jxl/jxl_decode.h"
 
-#include <algorithm>
+#include <cstring>
+#include <vector>
 
 #include "platform/imageio/modules/jxl/jxl_decoder.h"
 #include "platform/imageio/pixel_memory.h"
@@ -123,6 +124,22 @@ bool lastFrameIsWhole(ByteView file, const JxlStructure& structure, const Layout
   });
 }
 
+// The library scales by floats, which miss the nearest word by one here and there. Samples that are as close
+// to what one of fewer bits stands for are that.
+void scaleExactly(PixelMemory& pixels, unsigned bits) {
+  const std::uint32_t largest = (1u << bits) - 1;
+  std::vector<std::uint16_t> exact(65536);
+  for (std::uint32_t i = 0; i < exact.size(); ++i) {
+    const std::uint32_t value = (i * largest + 32767) / 65535, word = (value * 65535 + largest / 2) / largest;
+    exact[i] = static_cast<std::uint16_t>(word + 1 >= i && word <= i + 1 ? word : i);
+  }
+  for (std::size_t at = 0; at + 1 < pixels.size(); at += 2) {
+    std::uint16_t word = 0;
+    std::memcpy(&word, pixels.data() + at, sizeof word);
+    std::memcpy(pixels.data() + at, &exact[word], sizeof word);
+  }
+}
+
 // Beside the pixels: three planes of floats, and as much again while frames are put together.
 std::uint64_t bytesForAPixel(const Layout& layout) { return layout.bitsPerPixel / 8u + 24; }
 
@@ -136,7 +153,10 @@ Answer<Pixels> decodeJxl(ByteView file, const JxlStructure& structure, const Lim
   FrameMemory memory(layout, structure.black);
   if (!decodeInto(memory, file, structure)) return Fault{FaultKind::damaged};
   if (structure.frames > 1 && !lastFrameIsWhole(file, structure, layout)) return Fault{FaultKind::damaged};
-  return Pixels{layout, std::move(memory).take().share(), structure.profile};
+  PixelMemory pixels = std::move(memory).take();
+  const bool scalesUp = structure.bits > 8 && structure.bits < 16 && !structure.isFloat;
+  if (scalesUp && structure.keepsNumbers) scaleExactly(pixels, structure.bits);
+  return Pixels{layout, std::move(pixels).share(), structure.profile};
 }
 
 }  // namespace ostra

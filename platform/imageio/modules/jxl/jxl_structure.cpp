@@ -27,6 +27,7 @@ bool readBasics(const JxlDecoder* decoder, JxlStructure& structure) {
   structure.height = info.ysize;
   structure.bits = info.bits_per_sample;
   structure.isFloat = info.exponent_bits_per_sample > 0;
+  structure.keepsNumbers = info.uses_original_profile != 0;
   if (info.num_color_channels == 1) structure.model = CGColorSpaceModel::monochrome;
   if (info.alpha_bits > 0)
     structure.alpha = info.alpha_premultiplied != 0 ? JxlAlpha::premultiplied : JxlAlpha::straight;

@@ -22,6 +22,8 @@ struct JxlStructure {
   JxlAlpha alpha = JxlAlpha::none;
   /// The further channel that is the black of CMYK.
   std::optional<std::uint32_t> black;
+  /// Stored are the numbers of the picture's own space, not what the eye sees.
+  bool keepsNumbers = true;
   /// What decoded pixels mean.
   ProfileRecord profile = Untagged{};
   /// The space to ask the decoder for, where it has the choice.

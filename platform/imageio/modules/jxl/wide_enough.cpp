@@ -62,7 +62,9 @@ struct Candidate {
   JxlPrimaries primaries;
 };
 constexpr std::array kCandidates = {Candidate{kCGColorSpaceSRGB, JXL_PRIMARIES_SRGB},
-                                    Candidate{kCGColorSpaceDisplayP3, JXL_PRIMARIES_P3}};
+                                    Candidate{kCGColorSpaceDisplayP3, JXL_PRIMARIES_P3},
+                                    Candidate{kCGColorSpaceITUR_2020, JXL_PRIMARIES_2100},
+                                    Candidate{kCGColorSpaceROMMRGB, JXL_PRIMARIES_CUSTOM}};
 
 JxlPrimaries primariesFor(ByteView profile) {
   const auto colours = colorantsOf(profile);
@@ -71,7 +73,17 @@ JxlPrimaries primariesFor(ByteView profile) {
     const auto own = space != nullptr ? colorantsOf(space->iccData()) : std::nullopt;
     if (colours && own && holds(*own, *colours)) return candidate.primaries;
   }
-  return JXL_PRIMARIES_2100;
+  return JXL_PRIMARIES_CUSTOM;
+}
+
+// ISO 22028-2, which has no number of its own.
+void setRomm(JxlColorEncoding& encoding) {
+  constexpr std::array<std::array<double, 2>, 4> kPoints = {
+      {{0.3457, 0.3585}, {0.7347, 0.2653}, {0.1596, 0.8404}, {0.0366, 0.0001}}};
+  double* const places[] = {encoding.white_point_xy, encoding.primaries_red_xy, encoding.primaries_green_xy,
+                            encoding.primaries_blue_xy};
+  for (std::size_t i = 0; i < kPoints.size(); ++i) std::copy(kPoints[i].begin(), kPoints[i].end(), places[i]);
+  encoding.white_point = JXL_WHITE_POINT_CUSTOM;
 }
 
 }  // namespace
@@ -81,6 +93,7 @@ JxlColorEncoding wideEnough(ByteView profile, CGColorSpaceModel model) {
   encoding.color_space = model == CGColorSpaceModel::monochrome ? JXL_COLOR_SPACE_GRAY : JXL_COLOR_SPACE_RGB;
   encoding.white_point = JXL_WHITE_POINT_D65;
   encoding.primaries = model == CGColorSpaceModel::monochrome ? JXL_PRIMARIES_SRGB : primariesFor(profile);
+  if (encoding.primaries == JXL_PRIMARIES_CUSTOM) setRomm(encoding);
   encoding.transfer_function = JXL_TRANSFER_FUNCTION_SRGB;
   encoding.rendering_intent = JXL_RENDERING_INTENT_RELATIVE;
   return encoding;

@@ -6,7 +6,7 @@
 
 namespace ostra {
 
-/// The smallest of sRGB, Display P3 and the primaries of BT.2020, with sRGB's curve, that holds the primaries
+/// The smallest of sRGB, Display P3, BT.2020 and ROMM RGB, each with sRGB's curve, that holds the primaries
 /// of a profile; the largest for a profile that tells none. Gray has the curve alone.
 JxlColorEncoding wideEnough(ByteView profile, CGColorSpaceModel model);
 

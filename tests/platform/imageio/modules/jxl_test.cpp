@@ -1,3 +1,4 @@
+#include <array>
 #include <map>
 #include <random>
 
@@ -36,6 +37,12 @@ class Jxl : public testing::Test {
   std::vector<std::uint16_t> byItsOwnTool() const {
     run({"djxl", folder.path("a.jxl"), folder.path("decoded.png")});
     return rgba16ByImageMagick(folder.path("decoded.png"));
+  }
+  /// The largest of a sample, 1 being all.
+  std::string difference(const std::string& a, const std::string& b) const {
+    const std::string words =
+        runProgram({"compare", "-metric", "PAE", folder.path(a), folder.path(b), "null:"}).errors;
+    return words.substr(words.find('(') + 1);
   }
   /// A profile of a space, put into the source.
   void giveProfile(const Bytes& profile) const {
@@ -119,21 +126,100 @@ TEST_F(Jxl, TheProfileOfALosslessPictureIsItsOwn) {
   EXPECT_EQ(asRgba16(pixels), rgba16ByImageMagick(folder.path("source.png")));
 }
 
-TEST_F(Jxl, ColoursOfAProfileAreNotCutOffWhereTheFileKeepsItNot) {
-  // Red of each space, as full as it gets.
-  run({"convert", "-size", "32x32", "xc:red", "-depth", "8", folder.path("source.png")});
-  struct Case {
-    std::string_view space;
-    bool isWide;
+TEST_F(Jxl, ColoursOfAProfileAreNotCutOffWhereTheFileDoesNotKeepTheirNumbers) {
+  const auto calibrated = [](const double(&primaries)[6]) {
+    constexpr double d65[2] = {0.3127, 0.3290};
+    return CGColorSpace::createCalibrated(d65, &primaries, 1.8);
   };
-  for (const Case& wanted : {Case{kCGColorSpaceROMMRGB, true}, Case{kCGColorSpaceAdobeRGB1998, true}}) {
-    const ByteView profile = CGColorSpace::createWithName(wanted.space)->iccData();
+  struct Case {
+    CGColorSpaceRef space;
+    std::string_view decoded;  // empty for a space without a name
+  };
+  // Curves that are not sRGB's keep the tool from telling the space by numbers.
+  for (const Case& wanted : {Case{calibrated({0.62, 0.335, 0.31, 0.58, 0.16, 0.07}), kCGColorSpaceSRGB},
+                             Case{calibrated({0.68, 0.32, 0.265, 0.69, 0.15, 0.06}), kCGColorSpaceDisplayP3},
+                             Case{CGColorSpace::createWithName(kCGColorSpaceAdobeRGB1998), ""},
+                             Case{CGColorSpace::createWithName(kCGColorSpaceROMMRGB), ""}}) {
+    draw({"-depth", "8", "-modulate", "100,130"});
+    const ByteView profile = wanted.space->iccData();
     giveProfile(Bytes(profile.begin(), profile.end()));
-    const Pixels pixels = decoded(packed({"-d", "0.1"}));
+    Pixels pixels = decoded(packed({"-d", "0.05"}));
     const auto* named = std::get_if<NamedSpace>(&pixels.profile);
-    EXPECT_FALSE(named != nullptr && named->name == kCGColorSpaceSRGB) << wanted.space;
-    EXPECT_FALSE(std::holds_alternative<Untagged>(pixels.profile)) << wanted.space;
+    EXPECT_EQ(named != nullptr ? named->name : "", wanted.decoded);
+    // As a profile, which the other program goes by.
+    if (named != nullptr) {
+      const ByteView told = CGColorSpace::createWithName(named->name)->iccData();
+      pixels.profile = IccProfile{Bytes(told.begin(), told.end())};
+    }
+    writeFile(folder.path("decoded.png"), encoded("public.png", pixels));
+    for (const char* name : {"decoded", "source"})
+      run({"convert", folder.path(name + std::string(".png")), "-depth", "16", "-profile",
+           folder.path("p.icc"), "-strip", folder.path(name + std::string("-same.png"))});
+    EXPECT_LT(std::stod(difference("decoded-same.png", "source-same.png")), 0.08) << wanted.decoded;
   }
+}
+
+TEST_F(Jxl, SpacesThatAreToldByNumbersKeepTheirNames) {
+  draw({"-depth", "16"});
+  run({"convert", folder.path("source.png"), "-strip", folder.path("source.ppm")});
+  run({"convert", folder.path("source.ppm"), "-colorspace", "gray", folder.path("gray.pgm")});
+  const auto profileOf = [&](const std::string& space, const std::string& source) {
+    const Pixels lossless = decoded(packed({"-d", "0", "-x", "color_space=" + space}, source));
+    const Pixels lossy = decoded(packed({"-d", "1", "-x", "color_space=" + space}, source));
+    EXPECT_EQ(lossless.profile.index(), lossy.profile.index()) << space;
+    const auto* named = std::get_if<NamedSpace>(&lossless.profile);
+    return named != nullptr
+               ? named->name
+               : std::string(std::holds_alternative<Untagged>(lossless.profile) ? "none" : "a profile");
+  };
+  EXPECT_EQ(profileOf("RGB_D65_SRG_Rel_SRG", "source.ppm"), kCGColorSpaceSRGB);
+  EXPECT_EQ(profileOf("RGB_D65_SRG_Rel_Lin", "source.ppm"), kCGColorSpaceLinearSRGB);
+  EXPECT_EQ(profileOf("RGB_D65_DCI_Rel_SRG", "source.ppm"), kCGColorSpaceDisplayP3);
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_709", "source.ppm"), kCGColorSpaceITUR_2020);
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_SRG", "source.ppm"), "a profile");
+  EXPECT_EQ(profileOf("RGB_DCI_DCI_Rel_DCI", "source.ppm"), "a profile");
+  EXPECT_EQ(profileOf("RGB_D65_SRG_Rel_g0.5", "source.ppm"), "a profile");
+  EXPECT_EQ(profileOf("Gra_D65_Rel_SRG", "gray.pgm"), kCGColorSpaceGenericGrayGamma2_2);
+  EXPECT_EQ(profileOf("Gra_D65_Rel_Lin", "gray.pgm"), "a profile");
+  // Light beyond white is no more told than it is in a PNG.
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_PeQ", "source.ppm"), "none");
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_HLG", "source.ppm"), "none");
+}
+
+TEST_F(Jxl, EveryDepthIsScaledExactly) {
+  for (const unsigned bits : {1u, 3u, 4u, 7u, 9u, 10u, 12u, 15u}) {
+    // The tool takes samples of whole bytes, and packs the bits that it is told.
+    const unsigned largest = (1u << bits) - 1, given = bits > 8 ? 65535 : 255;
+    std::string samples = "P5 32 32 " + std::to_string(given) + "\n";
+    std::vector<std::uint16_t> expected;
+    for (unsigned i = 0; i < 1024; ++i) {
+      const unsigned value = i * 37 % (largest + 1);
+      const unsigned scaled = static_cast<unsigned>((2ull * value * given + largest) / (2 * largest));
+      if (bits > 8) samples += static_cast<char>(scaled >> 8);
+      samples += static_cast<char>(scaled);
+      expected.insert(expected.end(), 3, static_cast<std::uint16_t>(bits > 8 ? scaled : scaled * 257));
+      expected.push_back(65535);
+    }
+    writeFile(folder.path("source.pgm"), bytesOfText(samples));
+    const Bytes jxl = packed({"-d", "0", "--override_bitdepth=" + std::to_string(bits)}, "source.pgm");
+    EXPECT_EQ(propertiesOf(jxl).tree.at("Depth"), Value(std::int64_t{bits}));
+    EXPECT_EQ(asRgba16(decoded(jxl)), expected) << bits;
+  }
+}
+
+TEST_F(Jxl, FractionsBecomeSixteenBits) {
+  // Rows from the bottom, little-endian: black, a quarter, white, brighter than white.
+  const std::array<float, 4> light = {0, 0.25, 1, 3};
+  std::string samples = "Pf\n2 2\n-1.0\n";
+  samples.append(reinterpret_cast<const char*>(light.data()), sizeof light);
+  writeFile(folder.path("source.pfm"), bytesOfText(samples));
+  const Bytes jxl = packed({"-d", "0", "-x", "color_space=Gra_D65_Rel_Lin"}, "source.pfm");
+  const auto pixels = asRgba16(decoded(jxl));
+  EXPECT_EQ(pixels[0], 65535);
+  EXPECT_EQ(pixels[4], 65535);
+  EXPECT_EQ(pixels[8], 0);
+  EXPECT_EQ(pixels[12], 16384);
+  EXPECT_EQ(propertiesOf(jxl).tree.at("IsFloat"), Value(true));
 }
 
 TEST_F(Jxl, TheOrientationIsThatOfTheCodestream) {

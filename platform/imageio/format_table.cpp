@@ -23,6 +23,8 @@ constexpr std::array kFormats{
     Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
+    Codec{"public.jpeg-2000", "JPEG 2000", "codestreams", true, matchesJpeg2000, {}, "jpeg2000"},
+    Codec{"public.jpeg-xl", "JPEG XL", "the frames of an animation", false, matchesJxl, {}, "jxl"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
     Codec{"com.microsoft.bmp", "BMP", "one", true, matchesBmp, {openBmp, encodeBmp}},
     Codec{"public.pbm", "PBM, PGM, PPM, PAM", "pictures one behind the other", true, matchesPnm, {openPnm, encodePnm}},

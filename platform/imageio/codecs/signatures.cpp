@@ -6,8 +6,9 @@ namespace ostra {
 namespace {
 
 bool hasText(FileBytes head, std::size_t offset, std::string_view text) {
+  const auto same = [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; };
   return head.size() >= offset + text.size() &&
-         std::equal(text.begin(), text.end(), head.begin() + static_cast<std::ptrdiff_t>(offset));
+         std::equal(text.begin(), text.end(), head.begin() + static_cast<std::ptrdiff_t>(offset), same);
 }
 
 }  // namespace
@@ -17,6 +18,16 @@ bool matchesTiff(FileBytes head) {
   using namespace std::string_view_literals;
   return hasText(head, 0, "II*\0"sv) || hasText(head, 0, "MM\0*"sv) || hasText(head, 0, "II+\0\x08\0"sv) ||
          hasText(head, 0, "MM\0+\0\x08"sv);
+}
+
+bool matchesJpeg2000(FileBytes head) {
+  constexpr std::string_view boxes("\0\0\0\x0CjP  \r\n\x87\n", 12), codestream("\xFF\x4F\xFF\x51", 4);
+  return hasText(head, 0, boxes) || hasText(head, 0, codestream);
+}
+
+bool matchesJxl(FileBytes head) {
+  constexpr std::string_view boxes("\0\0\0\x0CJXL \r\n\x87\n", 12), codestream("\xFF\x0A", 2);
+  return hasText(head, 0, boxes) || hasText(head, 0, codestream);
 }
 
 bool matchesWebp(FileBytes head) { return hasText(head, 0, "RIFF") && hasText(head, 8, "WEBPVP8"); }

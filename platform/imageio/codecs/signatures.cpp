@@ -12,6 +12,8 @@ bool hasText(FileBytes head, std::size_t offset, std::string_view text) {
 
 }  // namespace
 
+bool matchesExr(FileBytes head) { return hasText(head, 0, "\x76\x2F\x31\x01"); }
+
 bool matchesWebp(FileBytes head) { return hasText(head, 0, "RIFF") && hasText(head, 8, "WEBPVP8"); }
 
 }  // namespace ostra

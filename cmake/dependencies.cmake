@@ -12,6 +12,8 @@ pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
 pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 pkg_check_modules(OPENEXR REQUIRED IMPORTED_TARGET OpenEXR)
+# Its package asks for the compiler's OpenMP, of which only the runtime is needed, and which clang lacks.
+find_library(LIBRAW_LIBRARY raw_r REQUIRED)
 pkg_check_modules(WEBP REQUIRED IMPORTED_TARGET libwebp libwebpdemux)
 pkg_check_modules(GTK REQUIRED IMPORTED_TARGET gtk4>=4.8)
 if(OSTRA_TESTS)

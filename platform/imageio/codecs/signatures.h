@@ -6,6 +6,15 @@ namespace ostra {
 // Of the formats whose codecs are in modules: known without loading them.
 
 bool matchesExr(FileBytes head);
+/// TIFF files, of which cameras' own are some: their reader sees which.
+bool matchesTiffRaw(FileBytes head);
+bool matchesCr2(FileBytes head);
+bool matchesCr3(FileBytes head);
+bool matchesCrw(FileBytes head);
+bool matchesMrw(FileBytes head);
+bool matchesOrf(FileBytes head);
+bool matchesRaf(FileBytes head);
+bool matchesRw2(FileBytes head);
 bool matchesWebp(FileBytes head);
 
 }  // namespace ostra

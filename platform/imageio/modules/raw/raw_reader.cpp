@@ -12,8 +12,11 @@ namespace ostra {
 namespace {
 
 /// How far decompression may look behind the end of a whole file: a few bytes of bits, or a block of
-/// Panasonic's.
-std::uint64_t lookaheadOf(RawKind kind) { return kind == RawKind::rw2 ? 0x4000 : 16; }
+/// Panasonic's. Minolta does not compress.
+std::uint64_t lookaheadOf(RawKind kind) {
+  if (kind == RawKind::mrw) return 0;
+  return kind == RawKind::rw2 ? 0x4000 : 16;
+}
 
 class RawReader : public CodecReader {
  public:

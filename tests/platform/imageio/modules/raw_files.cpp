@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace ostra::test {
 namespace {
@@ -123,6 +124,44 @@ std::vector<Bytes> stripsOf(const DngParts& parts) {
   return strips;
 }
 
+/// ITU-T T.81, process 14: one component, each sample predicted by the one to its left, or above at the
+/// beginning of a row. All 17 classes of differences have codes of five bits.
+Bytes losslessJpeg(const DngParts& parts) {
+  Bytes bytes = {0xFF, 0xD8, 0xFF, 0xC4};
+  put(bytes, 19 + 17, 2, ByteOrder::big);
+  bytes.insert(bytes.end(), {0, 0, 0, 0, 0, 17, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  for (std::uint8_t i = 0; i < 17; ++i) bytes.push_back(i);
+  bytes.insert(bytes.end(), {0xFF, 0xC3, 0, 11, 16});
+  put(bytes, parts.height, 2, ByteOrder::big);
+  put(bytes, parts.width, 2, ByteOrder::big);
+  bytes.insert(bytes.end(), {1, 0, 0x11, 0, 0xFF, 0xDA, 0, 8, 1, 0, 0, 1, 0, 0});
+  std::uint64_t waiting = 0;
+  unsigned count = 0;
+  const auto append = [&](unsigned value, unsigned size) {
+    waiting = waiting << size | value;
+    for (count += size; count >= 8; count -= 8) {
+      bytes.push_back(static_cast<std::uint8_t>(waiting >> (count - 8)));
+      if (bytes.back() == 0xFF) bytes.push_back(0);
+    }
+  };
+  int left = 0, above = 1 << 15;
+  for (unsigned y = 0; y < parts.height; ++y) {
+    for (unsigned x = 0; x < parts.width; ++x) {
+      const int value = static_cast<int>(parts.value(x, y, parts.pattern[y % 2 * 2 + x % 2]));
+      const int difference = value - (x == 0 ? above : left);
+      if (x == 0) above = value;
+      left = value;
+      unsigned size = 0;
+      while (std::abs(difference) >> size != 0) ++size;
+      append(size, 5);
+      append(static_cast<unsigned>(difference < 0 ? difference + (1 << size) - 1 : difference), size);
+    }
+  }
+  append((1U << 7) - 1, 7);
+  bytes.insert(bytes.end(), {0xFF, 0xD9});
+  return bytes;
+}
+
 TiffParts rawDirectory(const DngParts& parts) {
   constexpr unsigned kMosaic = 32803, kLinear = 34892;
   const unsigned samples = parts.pattern.empty() ? 3 : 1;
@@ -131,10 +170,10 @@ TiffParts rawDirectory(const DngParts& parts) {
   raw.longs(256, {parts.width});
   raw.longs(257, {parts.height});
   raw.shorts(258, std::vector<unsigned>(samples, parts.bits));
-  raw.shorts(259, {1});
+  raw.shorts(259, {parts.isCompressed ? 7U : 1U});
   raw.shorts(262, {parts.pattern.size() == 4 ? kMosaic : kLinear});
   raw.shorts(277, {samples});
-  raw.longs(278, {parts.rowsOfStrip});
+  raw.longs(278, {parts.isCompressed ? parts.height : parts.rowsOfStrip});
   raw.shorts(284, {1});
   if (parts.pattern.size() == 4) {
     raw.shorts(33421, {2, 2});
@@ -142,7 +181,7 @@ TiffParts rawDirectory(const DngParts& parts) {
   }
   raw.longs(50714, std::vector<std::uint32_t>(samples, parts.black));
   raw.longs(50717, std::vector<std::uint32_t>(samples, parts.white));
-  raw.strips = stripsOf(parts);
+  raw.strips = parts.isCompressed ? std::vector<Bytes>{losslessJpeg(parts)} : stripsOf(parts);
   if (parts.moreRaw) parts.moreRaw(raw);
   return raw;
 }
@@ -221,6 +260,40 @@ Bytes dngFile(const DngParts& parts) {
   describe(parts, first);
   first.below.push_back({330, {raw}});
   return tiffFile({first});
+}
+
+Bytes mrwFile(unsigned width, unsigned height) {
+  TiffParts about(ByteOrder::big);
+  about.text(271, "Minolta Co., Ltd.");
+  about.text(272, "DiMAGE A2");
+  about.shorts(274, {1});
+  TiffParts exif(ByteOrder::big);
+  exif.rationals(0x829A, {0.25});
+  about.below.push_back({0x8769, {exif}});
+  Bytes head;
+  const auto block = [&](const char* name, const Bytes& content) {
+    head.push_back(0);
+    head.insert(head.end(), name, name + 3);
+    put(head, static_cast<std::uint32_t>(content.size()), 4, ByteOrder::big);
+    head.insert(head.end(), content.begin(), content.end());
+  };
+  Bytes sensor(8);
+  for (const unsigned number : {height, width, height, width}) put(sensor, number, 2, ByteOrder::big);
+  sensor.insert(sensor.end(), {12, 12, 0x59, 0, 0, 0, 0, 0});
+  Bytes balance(4);
+  for (int i = 0; i < 4; ++i) put(balance, 256, 2, ByteOrder::big);
+  block("PRD", sensor);
+  block("WBG", balance);
+  block("TTW", tiffFile({about}));
+  Bytes file = {0, 'M', 'R', 'M'};
+  put(file, static_cast<std::uint32_t>(head.size()), 4, ByteOrder::big);
+  file.insert(file.end(), head.begin(), head.end());
+  for (unsigned y = 0; y < height; ++y) {
+    std::vector<unsigned> samples;
+    for (unsigned x = 0; x < width; ++x) samples.push_back(1000 + (7 * x + 5 * y) % 2000);
+    appendRow(file, samples, 12, ByteOrder::big);
+  }
+  return file;
 }
 
 }  // namespace ostra::test

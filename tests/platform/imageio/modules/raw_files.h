@@ -56,11 +56,16 @@ struct DngParts {
                                 0.041556,  0.0556434,  -0.2040259, 1.0572252};
   std::string make = "Ostra", model = "Test Camera";
   bool isDng = true;
+  /// By lossless JPEG, in one strip.
+  bool isCompressed = false;
   /// The raw pixels lie in a directory below that of a preview.
   bool hasPreview = false;
   std::function<void(TiffParts& first)> more = {};
   std::function<void(TiffParts& raw)> moreRaw = {};
 };
 Bytes dngFile(const DngParts& parts);
+
+/// A Minolta's file: 12 bits, packed, behind a head that holds a TIFF block. Its sensor sees a gray wave.
+Bytes mrwFile(unsigned width, unsigned height);
 
 }  // namespace ostra::test

@@ -32,7 +32,7 @@ struct Entry {
 class Walk {
  public:
   explicit Walk(FileBytes file)
-      : file_(file), order_(file.size() > 0 && file[0] == 'M' ? ByteOrder::big : ByteOrder::little) {}
+      : file_(file), order_(!file.empty() && file[0] == 'M' ? ByteOrder::big : ByteOrder::little) {}
 
   RawDirectories read() {
     // More than any camera writes.

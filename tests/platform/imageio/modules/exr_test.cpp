@@ -107,7 +107,7 @@ TEST(Exr, EveryCompressionGivesThePixelsThatAnotherReaderGives) {
     const Bytes file = exrFile(parts);
     const std::vector<std::uint16_t> ours = asRgba16(decoded(file));
     const std::vector<float> light = byAnotherReader(file, "gbrpf32le");
-    const std::size_t plane = static_cast<std::size_t>(kWide * high);
+    const std::size_t plane = std::size_t{kWide} * static_cast<std::size_t>(high);
     ASSERT_EQ(light.size(), 3 * plane);
     int worst = 0;
     for (std::size_t i = 0; i < plane; ++i) {
@@ -340,15 +340,16 @@ TEST(Exr, OneWhoseWriterDidNotComeToItsEndIsRefused) {
   parts.compression = Imf::ZIPS_COMPRESSION;
   Bytes file = exrFile(parts);
   // The table lies behind the header, one place of 8 bytes a line; the first block begins behind it.
+  constexpr std::size_t kTable = 8 * 40, kPlace = 8 * 25;
   std::size_t table = 0;
   for (std::size_t at = 8; table == 0 && at + 8 < file.size(); ++at) {
     std::uint64_t place = 0;
     std::memcpy(&place, &file[at], 8);
-    if (place == at + 8 * 40) table = at;
+    if (place == at + kTable) table = at;
   }
   ASSERT_NE(table, 0u);
   EXPECT_EQ(faultOfFile(file), std::nullopt);
-  std::memset(&file[table + 8 * 25], 0, 8);
+  std::memset(&file[table + kPlace], 0, 8);
   EXPECT_EQ(faultOfFile(file), kDamaged);
 }
 

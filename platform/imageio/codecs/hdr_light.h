@@ -4,6 +4,7 @@
 #include "platform/imageio/codec_door.h"
 #include "platform/imageio/codecs/hdr_header.h"
 #include "platform/imageio/codecs/hdr_scanlines.h"
+#include "platform/imageio/codecs/light_space.h"
 
 namespace ostra {
 
@@ -11,14 +12,11 @@ namespace ostra {
 class HdrLight {
  public:
   explicit HdrLight(const HdrHeader& header);
-  /// sRGB, or the primaries of the file under a power of 2.2.
-  const ProfileRecord& profile() const { return profile_; }
+  const ProfileRecord& profile() const { return space_.profile(); }
   std::array<std::uint16_t, 3> valuesOf(const HdrPixel& pixel) const;
 
  private:
-  std::uint16_t valueOf(double light) const;
-
-  ProfileRecord profile_;
+  LightSpace space_;
   bool isXyz_;
   /// Of each exponent and mantissa.
   std::vector<std::uint16_t> values_;

@@ -1,7 +1,8 @@
 #include "platform/imageio/codecs/lab_colour.h"
 
-#include <algorithm>
 #include <cmath>
+
+#include "platform/imageio/codecs/romm_curve.h"
 
 namespace ostra {
 namespace {
@@ -10,14 +11,6 @@ namespace {
 double relativeLight(double value) {
   constexpr double kKnee = 6.0 / 29;
   return value > kKnee ? value * value * value : 3 * kKnee * kKnee * (value - 4.0 / 29);
-}
-
-// A power; the darkest values, up to 1/512, stand for a sixteenth of themselves, as the profile of that name
-// says.
-double rommValue(double light) {
-  if (!(light > 0)) return 0;
-  const double value = std::pow(light, 1 / 1.8);
-  return value < 1.0 / 512 ? 16 * light : std::min(value, 1.0);
 }
 
 }  // namespace
@@ -30,7 +23,7 @@ std::array<std::uint16_t, 3> rommOfLab(double lightness, double a, double b) {
                                        -0.54460 * x + 1.50817 * y + 0.02054 * z, 1.21181 * z};
   std::array<std::uint16_t, 3> colour{};
   for (std::size_t c = 0; c < 3; ++c)
-    colour[c] = static_cast<std::uint16_t>(std::lround(rommValue(light[c]) * 65535));
+    colour[c] = static_cast<std::uint16_t>(std::lround(rommValueOfLight(light[c]) * 65535));
   return colour;
 }
 

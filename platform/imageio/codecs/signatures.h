@@ -8,6 +8,16 @@ namespace ostra {
 bool matchesTiff(FileBytes head);
 bool matchesJpeg2000(FileBytes head);
 bool matchesJxl(FileBytes head);
+bool matchesExr(FileBytes head);
+/// TIFF files, of which cameras' own are some: their reader sees which.
+bool matchesTiffRaw(FileBytes head);
+bool matchesCr2(FileBytes head);
+bool matchesCr3(FileBytes head);
+bool matchesCrw(FileBytes head);
+bool matchesMrw(FileBytes head);
+bool matchesOrf(FileBytes head);
+bool matchesRaf(FileBytes head);
+bool matchesRw2(FileBytes head);
 bool matchesWebp(FileBytes head);
 
 }  // namespace ostra

@@ -18,6 +18,11 @@ constexpr std::array kFormats{
     Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
+    Codec{"public.heic", "HEIC", "the pictures that stand for themselves", false, matchesHeic, {}, "heif"},
+    Codec{"public.heics", "HEIC sequence", "the pictures of the sequence", false, matchesHeics, {}, "heif"},
+    Codec{"public.avif", "AVIF", "the pictures that stand for themselves", false, matchesAvif, {}, "avif"},
+    Codec{"public.avis", "AVIF sequence", "the pictures of the sequence", false, matchesAvis, {}, "avif"},
+    Codec{"public.heif", "HEIF", "the pictures that stand for themselves", false, matchesHeif, {}, "heif"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
 };
 

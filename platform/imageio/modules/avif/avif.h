@@ -10,4 +10,7 @@ namespace ostra {
 Answer<std::unique_ptr<CodecReader>> openAvif(FileBytes file, const Limits& limits);
 Answer<std::unique_ptr<CodecReader>> openAvis(FileBytes file, const Limits& limits);
 
+/// AV1 with full colour of 8 bits, or 12 for surfaces of 16; gray as one plane.
+Answer<Bytes> encodeAvif(const Pixels& pixels, const Properties* properties);
+
 }  // namespace ostra

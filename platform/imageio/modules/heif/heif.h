@@ -11,6 +11,9 @@ Answer<std::unique_ptr<CodecReader>> openHeic(FileBytes file, const Limits& limi
 Answer<std::unique_ptr<CodecReader>> openHeics(FileBytes file, const Limits& limits);
 Answer<std::unique_ptr<CodecReader>> openHeif(FileBytes file, const Limits& limits);
 
+/// HEVC with 8 bits, or 10 for surfaces of 16; gray as one plane.
+Answer<Bytes> encodeHeic(const Pixels& pixels, const Properties* properties);
+
 /// Loads all that the libraries load late, and gives them our HEVC decoder. False when they refuse.
 bool readyHeifLibrary();
 

@@ -6,7 +6,7 @@
 
 // Also in the process that decoders are forked from, where alone the library can still make itself ready.
 const ostra::CodecFunctions* ostra_codec(const char* version, const char* type) {
-  static constexpr ostra::CodecFunctions written{ostra::openHeic, nullptr};
+  static constexpr ostra::CodecFunctions written{ostra::openHeic, ostra::encodeHeic};
   static constexpr ostra::CodecFunctions sequence{ostra::openHeics, nullptr};
   static constexpr ostra::CodecFunctions other{ostra::openHeif, nullptr};
   if (std::strcmp(version, OSTRA_VERSION) != 0 || !ostra::readyHeifLibrary()) return nullptr;

@@ -27,6 +27,17 @@ Bytes withoutHead(Bytes content) {
   return Bytes(block.begin(), block.end());
 }
 
+/// libheif lets metadata describe the first part of a picture that it has put together.
+bool describesPrimary(const HeifMeta& meta, std::uint32_t id) {
+  const auto describes = [&](const HeifReference& reference) {
+    if (reference.type != bmffType("cdsc") || reference.from != id) return false;
+    return std::any_of(reference.to.begin(), reference.to.end(), [&](std::uint32_t to) {
+      return to == meta.primary || meta.refers(bmffType("dimg"), meta.primary, to);
+    });
+  };
+  return std::any_of(meta.references.begin(), meta.references.end(), describes);
+}
+
 bool tellsOrientation(ByteView exif) {
   Dictionary tree;
   readExif(exif, tree);
@@ -88,7 +99,7 @@ Layout HeifReader::layout(bool wide, bool alpha, bool premultiplied) const {
 Bytes HeifReader::metadata(std::uint32_t type, std::string_view contentType, const Limits& limits) const {
   for (const auto& [id, item] : heif_.meta.items) {
     if (item.type != type || item.contentType != contentType) continue;
-    if (!heif_.meta.refers(bmffType("cdsc"), id, heif_.meta.primary)) continue;
+    if (!describesPrimary(heif_.meta, id)) continue;
     Bytes content = heifItemContent(file_, heif_.meta, item, limits);
     if (item.contentEncoding.empty()) return content;
     if (item.contentEncoding == "deflate")

@@ -32,11 +32,12 @@ void WideSamples::widen(std::uint8_t* words, std::size_t count) const {
   for (std::size_t i = 0; i < count; ++i, words += 2) putWord(words, values_[wordAt(words) & mask]);
 }
 
-void WideSamples::spread(const std::uint8_t* from, std::size_t count, std::uint8_t* to,
-                         std::size_t step) const {
+void WideSamples::spread(const std::uint8_t* from, std::size_t count, std::uint8_t* to, std::size_t step,
+                         std::size_t fromStep) const {
   const std::size_t mask = values_.size() - 1;
   for (std::size_t i = 0; i < count; ++i, to += step) {
-    const unsigned value = values_[(fromWords_ ? wordAt(from + 2 * i) : from[i]) & mask];
+    const unsigned value =
+        values_[(fromWords_ ? wordAt(from + 2 * i * fromStep) : from[i * fromStep]) & mask];
     if (toWords_) {
       putWord(to, value);
     } else {

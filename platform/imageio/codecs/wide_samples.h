@@ -14,8 +14,9 @@ class WideSamples {
 
   /// Words of the old bits, in their place.
   void widen(std::uint8_t* words, std::size_t count) const;
-  /// A row of samples to every `step`-th byte.
-  void spread(const std::uint8_t* from, std::size_t count, std::uint8_t* to, std::size_t step) const;
+  /// Of a row every `fromStep`-th sample to every `step`-th byte.
+  void spread(const std::uint8_t* from, std::size_t count, std::uint8_t* to, std::size_t step,
+              std::size_t fromStep = 1) const;
 
  private:
   bool fromWords_, toWords_;

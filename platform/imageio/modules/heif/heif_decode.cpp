@@ -50,9 +50,12 @@ class HeicReader : public HeifReader {
  private:
   /// The decoder's planes and the library's own, both whole at the worst, its interleaved copy, and ours.
   std::uint64_t bytesForAPixel() const {
-    const std::uint64_t planes = heif().isGray ? 2 : 6, copies = heif().isGray ? 3 : 8;
+    const std::uint64_t planes = heif().isGray ? 2 : 6, copies = isPlane() ? 3 : 8;
     return (planes + copies + (heif().hasAlpha ? 2 : 0)) * (heif().bits > 8 ? 2 : 1);
   }
+
+  /// Gray parts can be put together as colours only.
+  bool isPlane() const { return heif().isGray && heif().itemType == bmffType("hvc1"); }
 
   HeifHandle primaryPicture(heif_context* context) const {
     heif_context_set_max_decoding_threads(context, 0);
@@ -73,8 +76,8 @@ class HeicReader : public HeifReader {
     const heif_chroma interleaved =
         heif().bits > 8 ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RGBA;
     const heif_error error =
-        heif_decode_image(handle, &image, heif().isGray ? heif_colorspace_monochrome : heif_colorspace_RGB,
-                          heif().isGray ? heif_chroma_monochrome : interleaved, options.get());
+        heif_decode_image(handle, &image, isPlane() ? heif_colorspace_monochrome : heif_colorspace_RGB,
+                          isPlane() ? heif_chroma_monochrome : interleaved, options.get());
     HeifImage decoded(succeeded(error) ? image : nullptr);
     const bool warned =
         decoded != nullptr && heif_image_get_decoding_warnings(decoded.get(), 0, nullptr, 0) > 0;
@@ -102,6 +105,7 @@ class HeicReader : public HeifReader {
   }
 
   bool copyGray(heif_image* image, const Layout& layout, PixelMemory& memory) const {
+    if (!isPlane()) return copyEqualColours(image, layout, memory);
     const HeifPlane gray = planeOf(image, heif_channel_Y);
     if (!copySamples(gray, WideSamples(gray.bits, layout.bitsPerComponent, hasNarrowRange(image)), layout,
                      memory.data()))
@@ -110,6 +114,22 @@ class HeicReader : public HeifReader {
     const HeifPlane alpha = planeOf(image, heif_channel_Alpha);
     return copySamples(alpha, WideSamples(alpha.bits, layout.bitsPerComponent), layout,
                        memory.data() + layout.bitsPerComponent / 8);
+  }
+
+  bool copyEqualColours(heif_image* image, const Layout& layout, PixelMemory& memory) const {
+    const HeifPlane plane = planeOf(image, heif_channel_interleaved);
+    const std::size_t sample = layout.bitsPerComponent / 8u;
+    const std::uint8_t* from = cropped(plane, 4 * sample);
+    if (from == nullptr || (plane.bits > 8) != (sample == 2)) return false;
+    const WideSamples values(plane.bits, layout.bitsPerComponent);
+    const std::size_t step = layout.bitsPerPixel / 8u;
+    for (std::uint32_t y = 0; y < layout.height; ++y) {
+      std::uint8_t* row = memory.data() + y * layout.bytesPerRow;
+      values.spread(from + y * plane.stride, layout.width, row, step, 4);
+      if (heif().hasAlpha)
+        values.spread(from + y * plane.stride + 3 * sample, layout.width, row + sample, step, 4);
+    }
+    return true;
   }
 
   bool copySamples(const HeifPlane& plane, const WideSamples& values, const Layout& layout,

@@ -18,7 +18,6 @@ using HeifHandle = std::unique_ptr<heif_image_handle, ReleaseWith<heif_image_han
 using HeifImage = std::unique_ptr<heif_image, ReleaseWith<heif_image_release>>;
 using HeifDecodingOptions = std::unique_ptr<heif_decoding_options, ReleaseWith<heif_decoding_options_free>>;
 using HeifEncoder = std::unique_ptr<heif_encoder, ReleaseWith<heif_encoder_release>>;
-using HeifEncodingOptions = std::unique_ptr<heif_encoding_options, ReleaseWith<heif_encoding_options_free>>;
 using HeifNumbers = std::unique_ptr<heif_color_profile_nclx, ReleaseWith<heif_nclx_color_profile_free>>;
 
 inline bool succeeded(const heif_error& error) { return error.code == heif_error_Ok; }

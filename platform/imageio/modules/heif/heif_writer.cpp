@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/imageio/codecs/heif_turned.h"
 #include "platform/imageio/codecs/heif_written.h"
 #include "platform/imageio/modules/heif/heif.h"
 #include "platform/imageio/modules/heif/heif_planes.h"
@@ -52,14 +53,13 @@ bool addMetadata(heif_context* context, const heif_image_handle* picture, const 
 
 bool encodeInto(heif_context* context, heif_image* image, const HeifWritten& written) {
   const HeifEncoder encoder = encoderFor(context, written);
-  const HeifEncodingOptions options(heif_encoding_options_alloc());
-  if (encoder == nullptr || options == nullptr) return false;
-  options->image_orientation = static_cast<heif_orientation>(written.orientation);
+  if (encoder == nullptr) return false;
+  if (!succeeded(heif_context_encode_image(context, image, encoder.get(), nullptr, nullptr))) return false;
+  // Of an odd size, what was encoded is a part of the picture: metadata describes the whole.
   heif_image_handle* handle = nullptr;
-  const bool done =
-      succeeded(heif_context_encode_image(context, image, encoder.get(), options.get(), &handle));
-  const HeifHandle picture(done ? handle : nullptr);
-  return done && addMetadata(context, picture.get(), written);
+  if (!succeeded(heif_context_get_primary_image_handle(context, &handle))) return false;
+  const HeifHandle picture(handle);
+  return addMetadata(context, picture.get(), written);
 }
 
 heif_error keep(heif_context*, const void* data, std::size_t size, void* file) {
@@ -88,8 +88,9 @@ Answer<Bytes> encodeHeic(const Pixels& pixels, const Properties* properties) {
   Bytes file;
   heif_writer writer{1, keep};
   if (!succeeded(heif_context_write(context.get(), &writer, &file))) return Fault{FaultKind::damaged};
-  if (!heifTells(file, pixels, *written, alpha)) return Fault{FaultKind::damaged};
-  return file;
+  auto turned = withHeifTurn(file, heifTurn(written->orientation));
+  if (!turned || !heifTells(*turned, pixels, *written, alpha)) return Fault{FaultKind::damaged};
+  return std::move(*turned);
 }
 
 }  // namespace ostra

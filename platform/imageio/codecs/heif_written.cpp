@@ -44,7 +44,7 @@ std::optional<HeifWritten> heifToWrite(const Pixels& pixels, const Properties* p
   readNumbers(pixels.profile, written);
   if (properties == nullptr) return written;
   readSettings(properties->tree, written);
-  auto blocks = writeMetadata(*properties, {pixels.layout.width, pixels.layout.height});
+  auto blocks = writeMetadata(withDensityInTiff(*properties), {pixels.layout.width, pixels.layout.height});
   if (!blocks) return std::nullopt;
   written.exif = std::move(blocks->exif);
   written.xmp = std::move(blocks->xmp);

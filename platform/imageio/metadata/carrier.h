@@ -96,5 +96,8 @@ struct Density {
 };
 /// What the tree states: the top level first, then {TIFF}, then {JFIF}; nothing when it states none.
 std::optional<Density> statedDensity(const Dictionary& tree);
+/// The properties with the stated density among the tags of TIFF, for formats that have no other place for
+/// it.
+Properties withDensityInTiff(Properties properties);
 
 }  // namespace ostra

@@ -47,4 +47,15 @@ std::optional<Density> statedDensity(const Dictionary& tree) {
   return jfifFactor > 0 ? density(jfif, "XDensity", "YDensity", jfifFactor) : std::nullopt;
 }
 
+Properties withDensityInTiff(Properties properties) {
+  const auto density = statedDensity(properties.tree);
+  Dictionary tiff = groupOf(properties.tree, kCGImagePropertyTIFFDictionary);
+  if (!density || tiff.contains("XResolution") || tiff.contains("YResolution")) return properties;
+  tiff.insert_or_assign("XResolution", density->x);
+  tiff.insert_or_assign("YResolution", density->y);
+  tiff.insert_or_assign("ResolutionUnit", 2);
+  properties.tree.insert_or_assign(std::string(kCGImagePropertyTIFFDictionary), std::move(tiff));
+  return properties;
+}
+
 }  // namespace ostra

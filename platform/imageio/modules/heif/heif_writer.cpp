@@ -13,7 +13,7 @@ namespace {
 
 /// One thread, and a checksum with the picture, by which a reader sees damage that the coding hides.
 constexpr std::array<std::pair<const char*, const char*>, 5> kSettings = {{
-    {"preset", "veryfast"},
+    {"preset", "ultrafast"},
     {"x265:pools", "none"},
     {"x265:frame-threads", "1"},
     {"x265:wpp", "0"},

@@ -52,7 +52,7 @@ class AvifReader : public HeifReader {
   Decoder decoded() const {
     Decoder decoder(avifDecoderCreate());
     if (decoder == nullptr) return nullptr;
-    decoder->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
+    decoder->codecChoice = AVIF_CODEC_CHOICE_AOM;  // sees damage; the faster dav1d decodes it to something
     decoder->maxThreads = 1;
     decoder->requestedSource = AVIF_DECODER_SOURCE_PRIMARY_ITEM;
     decoder->ignoreExif = decoder->ignoreXMP = AVIF_TRUE;

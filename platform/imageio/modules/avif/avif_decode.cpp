@@ -44,7 +44,8 @@ class AvifReader : public HeifReader {
   /// The planes of the decoder, of a grid also the joined ones, and our copy, of a cropped one two.
   std::uint64_t bytesForAPixel() const {
     const bool crops = heif().transforms.crop.width != heif().width;
-    const std::uint64_t planes = heif().isGray ? 2 : 6, copies = (heif().isGray ? 2 : 4) * (crops ? 2 : 1);
+    const std::uint64_t planes = heif().isGray ? 2 : 6, copy = heif().isGray ? 2 : 4;
+    const std::uint64_t copies = crops ? 2 * copy : copy;
     return (planes + copies + (heif().hasAlpha ? 2 : 0)) * (heif().bits > 8 ? 2 : 1);
   }
 
@@ -52,7 +53,7 @@ class AvifReader : public HeifReader {
   Decoder decoded() const {
     Decoder decoder(avifDecoderCreate());
     if (decoder == nullptr) return nullptr;
-    decoder->codecChoice = AVIF_CODEC_CHOICE_DAV1D;
+    decoder->codecChoice = AVIF_CODEC_CHOICE_AOM;  // sees damage; the faster dav1d decodes it to something
     decoder->maxThreads = 1;
     decoder->requestedSource = AVIF_DECODER_SOURCE_PRIMARY_ITEM;
     decoder->ignoreExif = decoder->ignoreXMP = AVIF_TRUE;
@@ -103,7 +104,7 @@ class AvifReader : public HeifReader {
   void copySamples(const std::uint8_t* plane, std::size_t stride, const WideSamples& values,
                    const Layout& layout, std::uint8_t* to) const {
     const HeifCrop& crop = heif().transforms.crop;
-    const std::uint8_t* from = plane + crop.y * stride + crop.x * (heif().bits > 8 ? 2u : 1u);
+    const std::uint8_t* from = plane + crop.y * stride + std::size_t{crop.x} * (heif().bits > 8 ? 2u : 1u);
     for (std::uint32_t y = 0; y < layout.height; ++y)
       values.spread(from + y * stride, layout.width, to + y * layout.bytesPerRow, layout.bitsPerPixel / 8u);
   }

@@ -57,7 +57,7 @@ std::uint32_t sampleAt(const std::uint8_t* row, std::size_t index, bool words) {
 /// One component of the rows as a plane of 8 or 12 bits.
 void copyComponent(const std::uint8_t* row, std::size_t index, std::size_t samples, bool words,
                    std::uint8_t* plane, std::uint32_t width) {
-  for (std::uint32_t x = 0; x < width; ++x, index += samples) {
+  for (std::size_t x = 0; x < width; ++x, index += samples) {
     std::uint32_t value = sampleAt(row, index, words);
     if (!words) {
       plane[x] = static_cast<std::uint8_t>(value);

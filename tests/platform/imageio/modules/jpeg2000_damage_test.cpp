@@ -45,6 +45,19 @@ TEST_F(Jpeg2000Damage, OneThatWasCutAndClosedAgainIsRefused) {
   }
 }
 
+TEST_F(Jpeg2000Damage, OneWhoseLengthIsLeftOpenIsRefusedWhereItsDataEndTooSoon) {
+  Bytes open = made({"-depth", "8"}, {"-n", "1"}, "a.j2k");
+  const std::size_t part = positionOf(std::string_view("\xFF\x90\x00\x0A", 4), open);
+  std::fill_n(open.begin() + static_cast<std::ptrdiff_t>(part) + 6, 4, std::uint8_t{0});
+  EXPECT_FALSE(faultOf(decodeBytes(open)));
+  // Within the last of the three components' data.
+  for (std::size_t cut = 2; cut < 300; cut += 13) {
+    Bytes closed(open.begin(), open.end() - static_cast<std::ptrdiff_t>(cut) - 2);
+    closed.insert(closed.end(), {0xFF, 0xD9});
+    EXPECT_TRUE(faultOf(decodeBytes(closed))) << cut;
+  }
+}
+
 TEST_F(Jpeg2000Damage, OneThatLacksATileIsRefused) {
   const Bytes whole = made({"-depth", "8"}, {"-t", "24,33", "-n", "4"}, "a.j2k");
   const std::string_view mark("\xFF\x90\x00\x0A", 4);

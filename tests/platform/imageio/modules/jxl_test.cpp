@@ -264,8 +264,7 @@ const std::string kPacket =
 TEST_F(Jxl, CarriesExifAndXmpPackedOrNotBeforeThePictureOrBehindIt) {
   draw({"-depth", "8"});
   const Bytes codestream = packed({"-d", "1", "--container=0"});
-  const Bytes exif = exifOf(folder),
-              shifted = joined({Bytes{0, 0, 0, 6}, bytesOfText(std::string_view("Exif\0\0", 6)), exif});
+  const Bytes exif = exifOf(folder), shifted = joined({Bytes{0, 0, 0, 5}, bytesOfText("other"), exif});
   const Bytes xmp = bytesOfText(kPacket);
   const auto both = [&](bool isPacked) {
     if (!isPacked) return joined({box("Exif", shifted), box("xml ", xmp)});

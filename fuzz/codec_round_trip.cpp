@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 namespace ostra {
 namespace {
@@ -15,6 +16,12 @@ Limits smallLimits() {
   limits.frames = 100;
   limits.seconds = 10;
   return limits;
+}
+
+// Formats that hold more than their writer takes.
+std::uint32_t longestSideOf(std::string_view type) {
+  if (type == "com.microsoft.ico") return 256;
+  return std::numeric_limits<std::uint32_t>::max();
 }
 
 }  // namespace
@@ -37,6 +44,9 @@ std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file) {
     written = functions.encode(bare, nullptr);
   }
   const Bytes* bytes = std::get_if<Bytes>(&written);
+  const Layout& layout = std::get<Pixels>(pixels).layout;
+  if (bytes == nullptr && std::max(layout.width, layout.height) > longestSideOf(type))
+    return std::nullopt;
   if (bytes == nullptr) std::abort();
   auto again = functions.open(*bytes, Limits{});
   if (std::holds_alternative<Fault>(again)) std::abort();

@@ -2,12 +2,16 @@
 #include <array>
 
 #include "platform/imageio/codec.h"
+#include "platform/imageio/codecs/bmp.h"
 #include "platform/imageio/codecs/gif.h"
 #include "platform/imageio/codecs/hdr.h"
+#include "platform/imageio/codecs/ico.h"
 #include "platform/imageio/codecs/jpeg.h"
 #include "platform/imageio/codecs/png.h"
+#include "platform/imageio/codecs/pnm.h"
 #include "platform/imageio/codecs/psd.h"
 #include "platform/imageio/codecs/signatures.h"
+#include "platform/imageio/codecs/tga.h"
 
 namespace ostra {
 namespace {
@@ -27,6 +31,8 @@ constexpr std::array kFormats{
     Codec{"com.compuserve.gif", "GIF", "the frames of an animation", true, matchesGif, {openGif, encodeGif}},
     Codec{"com.adobe.photoshop-image", "Photoshop", "one", false, matchesPsd, {openPsd, nullptr}},
     Codec{"public.radiance", "Radiance HDR", "one", false, matchesHdr, {openHdr, nullptr}},
+    Codec{"public.jpeg-2000", "JPEG 2000", "codestreams", true, matchesJpeg2000, {}, "jpeg2000"},
+    Codec{"public.jpeg-xl", "JPEG XL", "the frames of an animation", false, matchesJxl, {}, "jxl"},
     cameraRaw("com.canon.cr2-raw-image", "Canon CR2", matchesCr2),
     cameraRaw("com.canon.cr3-raw-image", "Canon CR3", matchesCr3),
     cameraRaw("com.canon.crw-raw-image", "Canon CRW", matchesCrw),
@@ -51,8 +57,20 @@ constexpr std::array kFormats{
     cameraRaw("com.sony.arw-raw-image", "Sony ARW"),
     cameraRaw("com.sony.sr2-raw-image", "Sony SR2"),
     cameraRaw("com.sony.raw-image", "Sony SRF"),
+    Codec{"public.tiff", "TIFF", "pages", true, matchesTiff, {}, "tiff"},
     Codec{"com.ilm.openexr-image", "OpenEXR", "parts", false, matchesExr, {}, "exr"},
+    Codec{"public.heic", "HEIC", "the pictures that stand for themselves", true, matchesHeic, {}, "heif"},
+    Codec{"public.heics", "HEIC sequence", "the pictures of the sequence", false, matchesHeics, {}, "heif"},
+    Codec{"public.avif", "AVIF", "the pictures that stand for themselves", true, matchesAvif, {}, "avif"},
+    Codec{"public.avis", "AVIF sequence", "the pictures of the sequence", false, matchesAvis, {}, "avif"},
+    Codec{"public.heif", "HEIF", "the pictures that stand for themselves", false, matchesHeif, {}, "heif"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
+    Codec{"com.microsoft.bmp", "BMP", "one", true, matchesBmp, {openBmp, encodeBmp}},
+    Codec{"public.pbm", "PBM, PGM, PPM, PAM", "pictures one behind the other", true, matchesPnm, {openPnm, encodePnm}},
+    Codec{"com.microsoft.ico", "ICO", "sizes of the icon", true, matchesIco, {openIco, encodeIco}},
+    Codec{"com.microsoft.cur", "CUR", "sizes of the cursor", false, matchesCur, {openCur, nullptr}},
+    // Without a signature: last, so that no other format is taken for it.
+    Codec{"com.truevision.tga-image", "TGA", "one", true, matchesTga, {openTga, encodeTga}},
 };
 
 template <class Condition>

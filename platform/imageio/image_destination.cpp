@@ -26,8 +26,8 @@ class DoorImageDestination : public CGImageDestination {
     if (!pixels) return false;
     auto answer = Service<CodecDoor>::current().encode(type_, *pixels, properties_ ? &*properties_ : nullptr);
     // Not a refusal: whoever tries again with less to write would leave out what could have been written.
-    if (const auto* fault = std::get_if<Fault>(&answer); fault != nullptr && fault->kind == FaultKind::limit)
-      throw std::bad_alloc();
+    const auto* fault = std::get_if<Fault>(&answer);
+    if (fault != nullptr && fault->limit == LimitName::decodedBytes) throw std::bad_alloc();
     auto* file = std::get_if<Bytes>(&answer);
     if (file == nullptr || file->empty()) return false;
     data_ = std::move(*file);

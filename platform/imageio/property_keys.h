@@ -28,6 +28,7 @@ inline constexpr std::string_view kCGImagePropertyIPTCDictionary = "{IPTC}";
 inline constexpr std::string_view kCGImagePropertyPNGDictionary = "{PNG}";
 inline constexpr std::string_view kCGImagePropertyJFIFDictionary = "{JFIF}";
 inline constexpr std::string_view kCGImagePropertyGIFDictionary = "{GIF}";
+inline constexpr std::string_view kCGImagePropertyTGADictionary = "{TGA}";
 inline constexpr std::string_view kCGImagePropertyFileContentsDictionary = "{FileContents}";
 
 /// Inside the Exif group.

@@ -31,6 +31,7 @@ void print(const MutationTally& tally) {
 int perform(const std::vector<std::string>& words) {
   const TemporaryFolder folder;
   const InstalledProgram program(folder.path());
+  program.installModules();
   MutationPlan plan;
   plan.findings = words[0];
   plan.count = numberAt(words, 1, 0);

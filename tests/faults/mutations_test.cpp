@@ -68,6 +68,7 @@ class Mutations : public testing::Test {
 
 TEST_F(Mutations, CostNoPictureAndNeverTheProgram) {
   const InstalledProgram program(folder_.path("home"));
+  program.installModules();
   MutationPlan slice = plan(150);
   slice.program = program.path();
   slice.environment = program.environment();

@@ -10,7 +10,7 @@ namespace {
 std::string endingFor(const Bytes& picture, Dice& dice) {
   static const std::vector<std::string> all{"", ".png", ".PNG", ".jpg", ".jpeg", ".JPG", ".webp", ".x", "."};
   if (dice.hits(10)) return dice.oneOf(all);
-  return formatOf(picture) == PictureFormat::png ? ".png" : ".jpg";
+  return "." + extensionOf(picture);
 }
 
 std::size_t timesOf(Dice& dice) {

@@ -7,6 +7,10 @@
 
 #include <zlib.h>
 
+#include "platform/imageio/codec.h"
+#include "platform/types/ut_type.h"
+#include "tests/platform/imageio/picture_files.h"
+
 namespace ostra::test {
 namespace {
 
@@ -95,6 +99,12 @@ std::optional<PictureFormat> formatOf(ByteView picture) {
   return jpeg ? std::optional(PictureFormat::jpeg) : std::nullopt;
 }
 
+std::string extensionOf(ByteView picture) {
+  const Codec* codec = codecForBytes(picture.first(std::min(picture.size(), kSignatureBytes)));
+  const auto type = codec == nullptr ? std::nullopt : UTType::withIdentifier(codec->type);
+  return type ? type->filenameExtensions().front() : "png";
+}
+
 std::vector<Bytes> cutApart(ByteView picture) {
   const auto format = formatOf(picture);
   std::vector<Bytes> parts;
@@ -126,7 +136,7 @@ void repairChecksums(Bytes& picture) {
 
 bool isWhole(ByteView picture) {
   const auto format = formatOf(picture);
-  if (!format) return false;
+  if (!format) return std::holds_alternative<Pixels>(decodeBytes(picture));
   return format == PictureFormat::png ? isWholePng(picture) : isWholeJpeg(picture);
 }
 

@@ -45,6 +45,33 @@ TEST_F(Formats, WithoutItsModuleOneIsNoImageAndThePackageIsNamed) {
   EXPECT_EQ(folder.names(), std::vector<std::string>{"a.webp"});
 }
 
+/// Whether the loader of libraries told, in any process of the program, of one that is ours.
+bool loadedAModule(const TemporaryFolder& told) {
+  for (const std::string& name : told.names()) {
+    const Bytes text = readFile(told.path(name));
+    if (std::string_view(reinterpret_cast<const char*>(text.data()), text.size()).find("/modules/ostra-") !=
+        std::string_view::npos)
+      return true;
+  }
+  return false;
+}
+
+TEST_F(Formats, NobodyPaysForModulesThatHisPicturesDoNotNeed) {
+  program.installModules();
+  makePicture(folder.path("a.png"));
+  const TemporaryFolder quiet, loud;
+  const auto tellingTo = [](const TemporaryFolder& place) {
+    ProgramOptions options;
+    options.environment = {"LD_DEBUG=files", "LD_DEBUG_OUTPUT=" + place.path("told")};
+    return options;
+  };
+  EXPECT_EQ(program.run({"srgb", folder.path("a.png")}, tellingTo(quiet)).status, 0);
+  EXPECT_FALSE(quiet.names().empty());
+  EXPECT_FALSE(loadedAModule(quiet));
+  EXPECT_EQ(program.run({"srgb", folder.path("a.webp")}, tellingTo(loud)).status, 0);
+  EXPECT_TRUE(loadedAModule(loud));
+}
+
 TEST_F(Formats, AreListedWithWhatIsMissing) {
   EXPECT_THAT(program.run({"formats"}).output,
               HasSubstr("WebP\torg.webmproject.webp\twebp\timage/webp\tread\t"

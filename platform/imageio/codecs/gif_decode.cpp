@@ -82,19 +82,22 @@ std::optional<Fault> drawFrame(const GifStructure& structure, GifCanvas& canvas,
   LzwStrings strings(codeSize);
   const DecodeClock clock(limits.seconds);
   std::uint32_t timedAt = canvas.rowsLeft();
-  while (const auto code = library.nextCode()) {
+  // Codes after the last pixel belong to nothing; viewers stop there too.
+  while (!canvas.isFull()) {
+    const auto code = library.nextCode();
+    if (!code) return damaged;
     if (strings.isClear(*code)) {
       strings.reset();
       continue;
     }
     const auto entries = strings.take(*code);
-    const auto drawn = [&](std::uint8_t entry) { return canvas.put(entry); };
+    const auto drawn = [&](std::uint8_t entry) { return canvas.isFull() || canvas.put(entry); };
     if (entries.empty() || !std::all_of(entries.begin(), entries.end(), drawn)) return damaged;
     if (canvas.rowsLeft() == timedAt) continue;
     timedAt = canvas.rowsLeft();
     if (clock.isOver()) return Fault{FaultKind::limit, LimitName::seconds};
   }
-  return canvas.isFull() ? std::nullopt : std::optional(damaged);
+  return std::nullopt;
 }
 
 Layout canvasLayout(const GifStructure& structure) {

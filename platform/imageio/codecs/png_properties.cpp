@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/dots_a_metre.h"
 #include "platform/imageio/codecs/picture_tree.h"
 #include "platform/imageio/codecs/png_blocks.h"
 #include "platform/imageio/codecs/png_text.h"
@@ -11,18 +12,13 @@
 namespace ostra {
 namespace {
 
-constexpr double kMetresAnInch = 0.0254;
-
 void readDensity(ByteView phys, Dictionary& tree, Dictionary& group) {
   const std::int64_t x = bigEndian32(phys, 0), y = bigEndian32(phys, 4);
   if (phys[8] == 1 && x > 0 && y > 0) {
     group.emplace("XPixelsPerMeter", x);
     group.emplace("YPixelsPerMeter", y);
-    const auto inches = [](std::int64_t perMetre) {
-      return roundedDensity(static_cast<double>(perMetre) * kMetresAnInch, kMetresAnInch);
-    };
-    tree.emplace(kCGImagePropertyDPIWidth, inches(x));
-    tree.emplace(kCGImagePropertyDPIHeight, inches(y));
+    tree.emplace(kCGImagePropertyDPIWidth, inchesFromMetres(static_cast<double>(x)));
+    tree.emplace(kCGImagePropertyDPIHeight, inchesFromMetres(static_cast<double>(y)));
   } else if (phys[8] == 0 && x > 0 && y > 0) {
     group.emplace("PixelAspectRatio", static_cast<double>(y) / static_cast<double>(x));
   }

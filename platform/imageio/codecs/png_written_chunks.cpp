@@ -1,10 +1,10 @@
 #include "platform/imageio/codecs/png_written_chunks.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string_view>
 
 #include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/dots_a_metre.h"
 #include "platform/imageio/codecs/inflate.h"
 #include "platform/imageio/codecs/png_text.h"
 #include "platform/imageio/codecs/written_profile.h"
@@ -62,12 +62,8 @@ void addPhysical(Chunks& chunks, std::uint32_t x, std::uint32_t y, std::uint8_t 
 
 void addDensity(Chunks& chunks, const Properties& properties) {
   constexpr std::uint8_t kAspectOnly = 0, kMetre = 1;
-  constexpr double kMetresAnInch = 0.0254;
   const auto density = statedDensity(properties.tree);
-  const auto perMetre = [](double dots) {
-    return static_cast<std::uint32_t>(std::clamp(std::round(dots / kMetresAnInch), 1.0, 2147483647.0));
-  };
-  if (density) return addPhysical(chunks, perMetre(density->x), perMetre(density->y), kMetre);
+  if (density) return addPhysical(chunks, metresFromInches(density->x), metresFromInches(density->y), kMetre);
   if (properties.carrier == nullptr || !properties.carrier->pixelAspect) return;
   const PixelAspect aspect = *properties.carrier->pixelAspect;
   addPhysical(chunks, aspect.x, aspect.y, kAspectOnly);

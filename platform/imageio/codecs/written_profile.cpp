@@ -12,4 +12,9 @@ std::optional<Bytes> writtenProfile(const ProfileRecord& profile, CGColorSpaceMo
   return Bytes(bytes.begin(), bytes.end());
 }
 
+bool needsProfile(const ProfileRecord& profile, CGColorSpaceModel model) {
+  // A name stands for one object.
+  return !std::holds_alternative<Untagged>(profile) && statedSpace(profile, model) != defaultSpace(model);
+}
+
 }  // namespace ostra

@@ -9,4 +9,7 @@ namespace ostra {
 /// makes no profile for such pixels: then no file is written.
 std::optional<Bytes> writtenProfile(const ProfileRecord& profile, CGColorSpaceModel model);
 
+/// Whether pixels of `model` would be taken for others where no profile says what they mean.
+bool needsProfile(const ProfileRecord& profile, CGColorSpaceModel model);
+
 }  // namespace ostra

@@ -53,4 +53,15 @@ bool allowDecoding(pid_t decoder, const Opened& opened, const Limits& limits, st
   return set(decoder, {kBaseBytes + fileSize + pixelFile + scratch, pixelFile, limits.seconds});
 }
 
+std::chrono::seconds allowEncoding(pid_t encoder, const Layout& layout, std::uint64_t size) {
+  // Planes of 16 bits, the frames that predict from each other, and what is searched with: a video encoder
+  // keeps some dozen pictures of one.
+  constexpr std::uint64_t kScratch = 256;
+  constexpr std::uint64_t kPixelsASecond = 50'000;
+  const std::uint64_t pixels = std::uint64_t{layout.width} * layout.height;
+  const std::uint64_t seconds = 120 + pixels / kPixelsASecond;
+  set(encoder, {2 * kBaseBytes + size + pixels * kScratch, 0, seconds});
+  return std::chrono::seconds(4 * seconds);
+}
+
 }  // namespace ostra

@@ -1,4 +1,5 @@
 #pragma once
+#include <chrono>
 #include <cstdint>
 
 #include <sys/types.h>
@@ -18,5 +19,9 @@ void limitOpening(std::uint64_t fileSize);
 /// Gives another process of the same user what decoding the picture takes, by what its structure claims and
 /// within `limits`. False when that process is gone.
 bool allowDecoding(pid_t decoder, const Opened& opened, const Limits& limits, std::uint64_t fileSize);
+
+/// Gives a process what encoding such pixels takes with the slowest of the encoders; the time, by the clock,
+/// that it may be waited for then.
+std::chrono::seconds allowEncoding(pid_t encoder, const Layout& layout, std::uint64_t size);
 
 }  // namespace ostra

@@ -2,15 +2,15 @@
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <system_error>
 #include <utility>
 
-#include <sys/wait.h>
-
+#include "platform/imageio/codec.h"
 #include "platform/imageio/decoder/address_space.h"
 #include "platform/imageio/decoder/believed_pixels.h"
+#include "platform/imageio/decoder/encoding.h"
 #include "platform/imageio/decoder/messages.h"
+#include "platform/imageio/decoder/next_answer.h"
 #include "platform/imageio/decoder/shared_pixels.h"
 #include "platform/imageio/refused_reader.h"
 #include "platform/imageio/within_memory.h"
@@ -26,33 +26,6 @@ constexpr std::size_t kMostOpenedBytes = 4096;
 /// Metadata is parsed text beside its raw blocks: the message is larger than what was read.
 std::size_t mostPropertyBytes(const Limits& limits) { return 8 * limits.metadataBytes; }
 std::size_t mostPixelsMessageBytes(const Limits& limits) { return limits.profileBytes + kMostOpenedBytes; }
-
-/// How the end of a decoder counts that should have said more.
-Fault faultOfEnd(std::optional<int> status) {
-  if (!status || !WIFSIGNALED(*status)) return {FaultKind::crashed};
-  if (WTERMSIG(*status) == SIGXCPU) return {FaultKind::limit, LimitName::seconds};
-  if (WTERMSIG(*status) == SIGSYS) return {FaultKind::forbidden};
-  if (WTERMSIG(*status) == SIGXFSZ) return {FaultKind::limit, LimitName::decodedBytes};
-  return {FaultKind::crashed};
-}
-
-/// Why a decoder cannot be talked to any more. Its end is told soon, unless it is the talking that failed.
-Fault faultOfSilence(const DecoderProcess& decoder) {
-  constexpr std::chrono::milliseconds kSoon(500);
-  return faultOfEnd(decoder.end(steady_clock::now() + kSoon));
-}
-
-/// The next answer of a decoder, or the fault that stands for its silence.
-template <class T>
-Answer<T> next(const DecoderProcess& decoder, std::size_t most, Channel::Deadline deadline,
-               std::optional<Answer<T>> (*read)(ByteView)) {
-  const Channel::Received received = decoder.channel.receive(most, deadline);
-  if (received.silence == Channel::Silence::late) return Fault{FaultKind::limit, LimitName::seconds};
-  if (received.silence == Channel::Silence::closed) return faultOfSilence(decoder);
-  auto answer = read(received.message);
-  if (!answer) return Fault{FaultKind::crashed};
-  return std::move(*answer);
-}
 
 class ConfinedReader : public Reader {
  public:
@@ -97,11 +70,12 @@ class ConfinedReader : public Reader {
         !decoder_.channel.send({bytes, sizeof index})) {
       return faultOfSilence(decoder_);
     }
-    return next<Properties>(decoder_, mostPropertyBytes(task_.limits), deadline_, propertiesOf);
+    return nextAnswer<Properties>(decoder_, mostPropertyBytes(task_.limits), deadline_, propertiesOf);
   }
 
   Answer<Pixels> readPixels() {
-    auto answer = next<DecodedPixels>(decoder_, mostPixelsMessageBytes(task_.limits), deadline_, pixelsOf);
+    auto answer =
+        nextAnswer<DecodedPixels>(decoder_, mostPixelsMessageBytes(task_.limits), deadline_, pixelsOf);
     if (const auto* fault = std::get_if<Fault>(&answer)) return *fault;
     const auto status = decoder_.end(deadline_);
     if (!status) return Fault{FaultKind::limit, LimitName::seconds};
@@ -129,7 +103,7 @@ Answer<std::unique_ptr<Reader>> openFile(const Zygote& zygote, const UniqueFd& f
   if (!decoder) return Fault{FaultKind::crashed};
 
   const auto deadline = steady_clock::now() + seconds(std::min(kOpeningSeconds, limits.seconds));
-  auto opened = next<Opened>(*decoder, kMostOpenedBytes, deadline, openedOf);
+  auto opened = nextAnswer<Opened>(*decoder, kMostOpenedBytes, deadline, openedOf);
   if (const auto* fault = std::get_if<Fault>(&opened)) return *fault;
   return std::make_unique<ConfinedReader>(std::move(*decoder), std::move(pixelFile),
                                           std::get<Opened>(std::move(opened)), task);
@@ -151,7 +125,16 @@ Answer<std::unique_ptr<Reader>> ConfinedDoor::open(UniqueFd file, const Limits& 
 
 Answer<Bytes> ConfinedDoor::encode(std::string_view type, const Pixels& pixels,
                                    const Properties* properties) {
-  return CodecDoor::standard().encode(type, pixels, properties);
+  const Codec* codec = codecForType(type);
+  if (codec == nullptr || codec->module.empty())
+    return CodecDoor::standard().encode(type, pixels, properties);
+  return withinMemory([&]() -> Answer<Bytes> {
+    try {
+      return encodeApart(zygote_, *codec, pixels, properties);
+    } catch (const std::system_error&) {  // as above
+      return Fault{FaultKind::crashed};
+    }
+  });
 }
 
 std::set<std::string> ConfinedDoor::writable() const { return CodecDoor::standard().writable(); }

@@ -6,7 +6,8 @@ namespace ostra {
 
 /// The door that decodes each file in a process of its own, which has no rights. What such a process says is
 /// checked before it is believed; when it crashes, hangs or is stopped, that file is one fault and the next
-/// one is served. Its readers decode one index of their file. Encoding is done in this process. Any thread.
+/// one is served. Its readers decode one index of their file. What modules encode, they encode in such a
+/// process too; the other formats are encoded in this one. Any thread.
 class ConfinedDoor : public CodecDoor {
  public:
   /// The zygote must outlive the door and its readers.

@@ -14,6 +14,15 @@ struct SentProperties {
   std::optional<Carrier> carrier;
 };
 
+/// They may have been edited since they were read: what was read crosses too.
+struct SentRequest {
+  Layout layout;
+  ProfileRecord profile;
+  bool hasProperties = false;
+  SentProperties properties;
+  Dictionary treeAsRead;
+};
+
 }  // namespace
 
 template <class Wire>
@@ -77,6 +86,10 @@ template <class Wire>
 void cross(Wire& wire, SentProperties& properties) {
   wire(properties.tree, properties.carrier);
 }
+template <class Wire>
+void cross(Wire& wire, SentRequest& request) {
+  wire(request.layout, request.profile, request.hasProperties, request.properties, request.treeAsRead);
+}
 
 namespace {
 
@@ -85,6 +98,21 @@ Bytes bytesOf(Answer<T> answer) {
   WireWriter wire;
   wire(answer);
   return std::move(wire).take();
+}
+
+SentProperties toSend(const Properties& properties) {
+  SentProperties sent{properties.tree, std::nullopt};
+  if (properties.carrier) sent.carrier = *properties.carrier;
+  return sent;
+}
+
+Properties received(SentProperties sent, Dictionary treeAsRead) {
+  Properties properties{std::move(sent.tree), nullptr};
+  if (sent.carrier) {
+    sent.carrier->tree = std::move(treeAsRead);
+    properties.carrier = std::make_shared<const Carrier>(std::move(*sent.carrier));
+  }
+  return properties;
 }
 
 template <class T>
@@ -101,12 +129,25 @@ std::optional<Answer<T>> answerOf(ByteView message) {
 Bytes messageOf(const Answer<Opened>& opened) { return bytesOf<Opened>(opened); }
 Bytes messageOf(const Answer<DecodedPixels>& pixels) { return bytesOf<DecodedPixels>(pixels); }
 
+Bytes messageOf(const Answer<Bytes>& file) { return bytesOf<Bytes>(file); }
+
 Bytes messageOf(const Answer<Properties>& properties) {
   if (const auto* fault = std::get_if<Fault>(&properties)) return bytesOf<SentProperties>(*fault);
-  const auto& read = std::get<Properties>(properties);
-  SentProperties sent{read.tree, std::nullopt};
-  if (read.carrier) sent.carrier = *read.carrier;
-  return bytesOf<SentProperties>(std::move(sent));
+  return bytesOf<SentProperties>(toSend(std::get<Properties>(properties)));
+}
+
+Bytes messageOf(const EncodingRequest& request) {
+  SentRequest sent;
+  sent.layout = request.layout;
+  sent.profile = request.profile;
+  sent.hasProperties = request.properties.has_value();
+  if (request.properties) {
+    sent.properties = toSend(*request.properties);
+    if (request.properties->carrier) sent.treeAsRead = request.properties->carrier->tree;
+  }
+  WireWriter wire;
+  wire(sent);
+  return std::move(wire).take();
 }
 
 std::optional<Answer<Opened>> openedOf(ByteView message) { return answerOf<Opened>(message); }
@@ -117,12 +158,21 @@ std::optional<Answer<Properties>> propertiesOf(ByteView message) {
   if (!answer) return std::nullopt;
   if (const auto* fault = std::get_if<Fault>(&*answer)) return *fault;
   auto& sent = std::get<SentProperties>(*answer);
-  Properties properties{std::move(sent.tree), nullptr};
-  if (sent.carrier) {
-    sent.carrier->tree = properties.tree;
-    properties.carrier = std::make_shared<const Carrier>(std::move(*sent.carrier));
-  }
-  return properties;
+  Dictionary tree = sent.tree;
+  return received(std::move(sent), std::move(tree));
+}
+
+std::optional<Answer<Bytes>> encodedOf(ByteView message) { return answerOf<Bytes>(message); }
+
+std::optional<EncodingRequest> requestOf(ByteView message) {
+  WireReader wire(message);
+  SentRequest sent;
+  wire(sent);
+  if (!wire.complete()) return std::nullopt;
+  EncodingRequest request{sent.layout, std::move(sent.profile), std::nullopt};
+  if (sent.hasProperties)
+    request.properties = received(std::move(sent.properties), std::move(sent.treeAsRead));
+  return request;
 }
 
 }  // namespace ostra

@@ -40,10 +40,16 @@ bool place(std::array<UniqueFd, 4>& descriptors) {
   return true;
 }
 
-/// A decoder without what it needs says so itself.
-void prepareFor(int file) {
+/// A worker without what it needs says so itself.
+void prepareFor(const ReceivedDescriptors& request) {
+  DecoderTask task;
+  std::memcpy(&task, request.bytes.data(), sizeof task);
   try {
-    loadCodecsFor(readBeginning(file, kSignatureBytes));
+    if (task.encodes) {
+      functionsOf(allCodecs()[*task.encodes]);
+    } else {
+      loadCodecsFor(readBeginning(request.descriptors[0].get(), kSignatureBytes));
+    }
   } catch (const std::bad_alloc&) {
   }
 }
@@ -79,7 +85,7 @@ bool Nursery::serveRequest() {
                      std::all_of(request->descriptors.begin(), request->descriptors.end(),
                                  [](const UniqueFd& descriptor) { return static_cast<bool>(descriptor); });
   // Here and not in the decoder, which may open nothing; and once for all decoders.
-  if (whole) prepareFor(request->descriptors[0].get());
+  if (whole) prepareFor(*request);
   if (whole) fork(std::move(*request));
   return true;
 }

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/imageio/decoder/page_filling.h"
 #include "platform/imageio/limits.h"
 
 namespace ostra {
@@ -29,6 +30,7 @@ std::shared_ptr<std::uint8_t[]> SharedPixels::allocate(std::size_t size) {
   void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file_, static_cast<off_t>(size_));
   if (memory == MAP_FAILED) return nullptr;
   auto* bytes = static_cast<std::uint8_t*>(memory);
+  fillPagesAhead(bytes, size);
   regions_.push_back({bytes, size_, size});
   size_ = end;
   return {bytes, [](std::uint8_t*) {}};

@@ -3,37 +3,23 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <new>
 
-#include <malloc.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include "platform/foundation/service.h"
 #include "platform/graphics/profile_trial.h"
 #include "platform/imageio/codec.h"
-#include "platform/imageio/decoder/address_space.h"
 #include "platform/imageio/decoder/channel.h"
 #include "platform/imageio/decoder/messages.h"
 #include "platform/imageio/decoder/shared_pixels.h"
+#include "platform/imageio/decoder/worker_process.h"
 #include "platform/imageio/within_memory.h"
 
 namespace ostra {
 namespace {
 
-constexpr int kNotConfined = 2;
-constexpr int kParentGone = 3;
-
-/// The file, mapped. When somebody shortens it meanwhile, this process ends and no other.
-FileBytes mapInput(std::uint64_t size) {
-  if (size == 0) return {};
-  void* memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, kInputDescriptor, 0);
-  if (memory == MAP_FAILED) throw std::bad_alloc();
-  return {static_cast<const std::uint8_t*>(memory), size};
-}
-
 Answer<std::unique_ptr<CodecReader>> openInput(const DecoderTask& task) {
-  return openWithCodec(mapInput(task.fileSize), task.limits);
+  return openWithCodec(mapInput(task), task.limits);
 }
 
 Answer<DecodedPixels> decode(CodecReader& reader, std::uint32_t index, const Limits& limits,
@@ -48,10 +34,6 @@ Answer<DecodedPixels> decode(CodecReader& reader, std::uint32_t index, const Lim
   return DecodedPixels{pixels.layout, std::move(pixels.profile), *offset, pixels.bytes.view.size()};
 }
 
-void tell(const Channel& parent, const Bytes& message) {
-  if (!parent.send(message)) _exit(kParentGone);
-}
-
 std::uint32_t askedIndex(const Channel& parent) {
   std::uint32_t index = 0;
   const Channel::Received received = parent.receive(sizeof index);
@@ -62,12 +44,13 @@ std::uint32_t askedIndex(const Channel& parent) {
 
 }  // namespace
 
-void serveFile(const DecoderTask& task, const Confinement& confinement) {
-  // Each arena of the allocator takes its share of the address space.
-  mallopt(M_ARENA_MAX, 2);
-  limitOpening(task.fileSize);
-  if (!confinement.apply()) _exit(kNotConfined);
+void serveTask(const DecoderTask& task, const Confinement& confinement) {
+  if (task.encodes) serveEncoding(task, confinement);
+  serveFile(task, confinement);
+}
 
+void serveFile(const DecoderTask& task, const Confinement& confinement) {
+  beConfined(task, confinement);
   SharedPixels memory(kPixelsDescriptor);
   const Service<PixelStore>::Override pixelsAreShared(memory);
   const Channel parent((UniqueFd(kChannelDescriptor)));

@@ -32,12 +32,13 @@ class Zygote {
 
   /// Forks. Call it before the process has a second thread, opened any file, or loaded a toolkit. `serve`
   /// runs in each decoder. Throws `std::system_error`.
-  explicit Zygote(KernelConfinement kernel, Serve serve = serveFile);
+  explicit Zygote(KernelConfinement kernel, Serve serve = serveTask);
   ~Zygote();
   Zygote(const Zygote&) = delete;
   Zygote& operator=(const Zygote&) = delete;
 
-  /// A decoder for an open file, writing pixels to a memory file. Nothing when none can be made. Any thread.
+  /// A decoder for an open file, writing pixels to a memory file; or an encoder of the samples in it. Nothing
+  /// when none can be made. Any thread.
   std::optional<DecoderProcess> decoderFor(int file, int pixelFile, const DecoderTask& task) const;
 
  private:

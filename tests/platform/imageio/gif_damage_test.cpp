@@ -96,15 +96,20 @@ TEST(GifCodes, ThatAreImpossibleAreRefused) {
   EXPECT_EQ(faultAt(4, 5), kDamaged) << "the end too early";
 }
 
-TEST(GifCodes, ThatSayTooMuchOrTooLittleAreRefused) {
+TEST(GifCodes, ThatSayTooLittleAreRefused) {
+  auto codes = plainCodes();
+  codes.erase(codes.end() - 2);
+  EXPECT_EQ(faultOf(decodeBytes(withCodes(codes))), kDamaged) << "five entries for six pixels";
+}
+
+TEST(GifCodes, BehindTheLastPixelAreNotLookedAt) {
+  const auto samples = asRgba16(decoded(withCodes(plainCodes())));
   auto codes = plainCodes();
   codes.insert(codes.end() - 1, GifCode{1, 4});
-  EXPECT_EQ(faultOf(decodeBytes(withCodes(codes))), kDamaged) << "seven entries for six pixels";
-  codes = plainCodes();
-  codes.erase(codes.end() - 2);
-  EXPECT_EQ(faultOf(decodeBytes(withCodes(codes))), kDamaged) << "five";
+  EXPECT_EQ(asRgba16(decoded(withCodes(codes))), samples) << "a seventh entry";
   // The string of the last code goes beyond the last pixel.
-  EXPECT_EQ(faultOf(decodeBytes(withCodes({{4, 3}, {1, 3}, {6, 3}, {7, 3}, {8, 4}, {5, 4}}))), kDamaged);
+  const auto longer = withCodes({{4, 3}, {1, 3}, {6, 3}, {7, 3}, {8, 4}, {5, 4}});
+  EXPECT_EQ(faultOf(decodeBytes(longer)), std::nullopt);
 }
 
 TEST(GifCodes, OfEverySizeThatIsNoneAreRefused) {

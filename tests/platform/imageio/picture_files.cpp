@@ -117,9 +117,13 @@ std::vector<std::uint16_t> asRgba16(const Pixels& pixels) {
   return result;
 }
 
-std::vector<std::uint16_t> rgba16ByImageMagick(const std::string& path) {
+std::vector<std::uint16_t> rgba16ByImageMagick(const std::string& path,
+                                               const std::vector<std::string>& settings) {
   const TemporaryFolder folder;
-  run({"convert", path, "-depth", "16", "-endian", "LSB", "rgba:" + folder.path("raw")});
+  std::vector<std::string> words = {"convert", path};
+  words.insert(words.end(), settings.begin(), settings.end());
+  words.insert(words.end(), {"-depth", "16", "-endian", "LSB", "rgba:" + folder.path("raw")});
+  run(words);
   const Bytes bytes = readFile(folder.path("raw"));
   std::vector<std::uint16_t> samples(bytes.size() / 2);
   std::memcpy(samples.data(), bytes.data(), samples.size() * 2);

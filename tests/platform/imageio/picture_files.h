@@ -34,8 +34,9 @@ std::optional<Fault> faultOf(const Answer<Pixels>& answer);
 /// The pixels as the 16-bit RGBA samples that another program gives for the file: gray repeated, no alpha
 /// full.
 std::vector<std::uint16_t> asRgba16(const Pixels& pixels);
-/// The same by ImageMagick, colours not converted.
-std::vector<std::uint16_t> rgba16ByImageMagick(const std::string& path);
+/// The same by ImageMagick, colours not converted, after `settings` of its own.
+std::vector<std::uint16_t> rgba16ByImageMagick(const std::string& path,
+                                               const std::vector<std::string>& settings = {});
 
 /// Runs a program and throws with its words when it fails; what it printed.
 std::string run(const std::vector<std::string>& command);

@@ -137,7 +137,8 @@ TEST(Destinations, AreMadeForWritableTypesAndOnePicture) {
   EXPECT_EQ(CGImageDestination::createWithData(data, "org.webmproject.webp", 1), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "PUBLIC.PNG", 1), nullptr);
   EXPECT_EQ(CGImageDestinationCopyTypeIdentifiers(),
-            (std::vector<std::string>{"com.compuserve.gif", "public.jpeg", "public.png"}));
+            (std::vector<std::string>{"com.compuserve.gif", "com.microsoft.bmp", "com.microsoft.ico",
+                                      "com.truevision.tga-image", "public.jpeg", "public.pbm", "public.png"}));
 }
 
 TEST(Destinations, LeaveTheBufferEmptyWhenTheyFail) {

@@ -20,12 +20,17 @@ Bytes limited(ByteView bytes, const Limits& limits) {
   return Bytes(bytes.begin(), bytes.end());
 }
 
+Bytes exifOfTiff(ByteView file, const Limits& limits) {
+  const auto structure = TiffStructure::open(file);
+  return structure ? exifBlockOfTiff(*structure, structure->first(), limits.metadataBytes) : Bytes();
+}
+
 // Olympus and Panasonic put marks of their own where TIFF has 42.
-Bytes exifOfDirectories(FileBytes file, const RawContainer& container) {
-  if (container.kind == RawKind::tiff || container.kind == RawKind::cr2) return exifBlockOfTiff(file);
+Bytes exifOfDirectories(FileBytes file, const RawContainer& container, const Limits& limits) {
+  if (container.kind == RawKind::tiff || container.kind == RawKind::cr2) return exifOfTiff(file, limits);
   Bytes usual(file.begin(), file.end());
   write16(usual, 2, 42, usual[0] == 'M' ? ByteOrder::big : ByteOrder::little);
-  return exifBlockOfTiff(usual);
+  return exifOfTiff(usual, limits);
 }
 
 /// A preview is a JPEG of its own.
@@ -41,14 +46,15 @@ void readFujifilm(FileBytes file, const Limits& limits, Carrier& carrier) {
 }
 
 /// The head is a row of blocks, each of a name, a length and that many bytes.
-void readMinolta(FileBytes file, Carrier& carrier) {
+void readMinolta(FileBytes file, const Limits& limits, Carrier& carrier) {
   if (file.size() < 8) return;
   const std::size_t end = std::min<std::size_t>(file.size(), std::size_t{8} + bigEndian32(file, 4));
   for (std::size_t at = 8; at + 8 <= end;) {
     const std::size_t size = bigEndian32(file, at + 4);
     if (size > end - at - 8) return;
     const ByteView content = file.subspan(at + 8, size);
-    if (asText(file.subspan(at, 4)) == std::string_view("\0TTW", 4)) carrier.exif = exifBlockOfTiff(content);
+    if (asText(file.subspan(at, 4)) == std::string_view("\0TTW", 4))
+      carrier.exif = exifOfTiff(content, limits);
     at += 8 + size;
   }
 }
@@ -108,11 +114,11 @@ Carrier readRawBlocks(FileBytes file, const RawContainer& container, const RawLi
                       const Limits& limits) {
   Carrier carrier;
   if (container.hasDirectories()) {
-    carrier.exif = limited(exifOfDirectories(file, container), limits);
+    carrier.exif = limited(exifOfDirectories(file, container, limits), limits);
     carrier.xmp = limited(container.directories.xmp, limits);
   }
   if (container.kind == RawKind::raf) readFujifilm(file, limits, carrier);
-  if (container.kind == RawKind::mrw) readMinolta(file, carrier);
+  if (container.kind == RawKind::mrw) readMinolta(file, limits, carrier);
   if (carrier.exif.empty()) carrier.exif = exifOfLibrary(library);
   return carrier;
 }

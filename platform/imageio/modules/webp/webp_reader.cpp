@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <memory>
-#include <string_view>
 
 #include <webp/decode.h>
 #include <webp/demux.h>
 
 #include "platform/imageio/codec.h"
 #include "platform/imageio/codecs/exif_colour.h"
+#include "platform/imageio/codecs/exif_mark.h"
 #include "platform/imageio/codecs/picture_tree.h"
 #include "platform/imageio/metadata/carrier.h"
 #include "platform/imageio/modules/webp/webp.h"
@@ -41,13 +41,6 @@ ByteView chunkOf(const Demuxer& demuxer, const char* name) {
 Bytes limited(ByteView content, std::size_t most, LimitName limit) {
   if (content.size() > most) throw LimitExceeded{limit};
   return Bytes(content.begin(), content.end());
-}
-
-/// Some writers put the mark of JPEG's segments before the block.
-ByteView withoutMark(ByteView exif) {
-  constexpr std::string_view mark("Exif\0\0", 6);
-  const bool marked = exif.size() >= mark.size() && std::equal(mark.begin(), mark.end(), exif.begin());
-  return marked ? exif.subspan(mark.size()) : exif;
 }
 
 class WebpReader : public CodecReader {
@@ -85,7 +78,7 @@ class WebpReader : public CodecReader {
     facts.hasAlpha = hasAlpha();
     Carrier carrier;
     carrier.exif =
-        limited(withoutMark(chunkOf(demuxer_, "EXIF")), limits.metadataBytes, LimitName::metadataBytes);
+        limited(withoutExifMark(chunkOf(demuxer_, "EXIF")), limits.metadataBytes, LimitName::metadataBytes);
     carrier.xmp = limited(chunkOf(demuxer_, "XMP "), limits.metadataBytes, LimitName::metadataBytes);
     return readMetadata(std::move(carrier), pictureTree(facts, profile(limits)));
   }
@@ -113,7 +106,7 @@ class WebpReader : public CodecReader {
     ProfileRecord profile = Untagged{};
     if (!icc.empty()) profile = IccProfile{limited(icc, limits.profileBytes, LimitName::profileBytes)};
     if (statedSpace(profile, CGColorSpaceModel::rgb) != nullptr) return profile;
-    return exifColour(withoutMark(chunkOf(demuxer_, "EXIF")));
+    return exifColour(withoutExifMark(chunkOf(demuxer_, "EXIF")));
   }
 
   bool decodeStill(PixelMemory& memory, const Layout& layout) const {

@@ -11,7 +11,7 @@ namespace ostra::test {
 
 /// A door whose decoders run `serve`.
 struct Confined {
-  explicit Confined(Zygote::Serve serve = serveFile, KernelConfinement kernel = KernelConfinement::detect())
+  explicit Confined(Zygote::Serve serve = serveTask, KernelConfinement kernel = KernelConfinement::detect())
       : zygote(kernel, std::move(serve)) {
     std::signal(SIGPIPE, SIG_IGN);  // as the program does
   }

@@ -1,0 +1,7 @@
+#include "fuzz/codec_round_trip.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  ostra::roundTripCodec("com.microsoft.ico", {data, size});
+  ostra::roundTripCodec("com.microsoft.cur", {data, size});
+  return 0;
+}

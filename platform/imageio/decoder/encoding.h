@@ -1,0 +1,13 @@
+#pragma once
+#include "platform/imageio/codec.h"
+#include "platform/imageio/decoder/zygote.h"
+
+namespace ostra {
+
+/// Encodes in a process without rights, as files are decoded: libraries of video formats end the process that
+/// they run in when a number does not please them. Such an end is a fault, and nothing is written. Throws
+/// `std::bad_alloc` and `std::system_error`.
+Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels& pixels,
+                          const Properties* properties);
+
+}  // namespace ostra

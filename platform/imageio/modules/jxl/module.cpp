@@ -1,0 +1,10 @@
+#include <cstring>
+
+#include "platform/imageio/codec_module.h"
+#include "platform/imageio/modules/jxl/jxl.h"
+
+const ostra::CodecFunctions* ostra_codec(const char* version, const char* type) {
+  static constexpr ostra::CodecFunctions functions{ostra::openJxl, nullptr};
+  const bool ours = std::strcmp(version, OSTRA_VERSION) == 0 && std::strcmp(type, "public.jpeg-xl") == 0;
+  return ours ? &functions : nullptr;
+}

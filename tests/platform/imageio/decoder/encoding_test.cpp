@@ -1,0 +1,111 @@
+#include "platform/imageio/decoder/encoding.h"
+
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "platform/imageio/decoder/messages.h"
+#include "platform/imageio/decoder/worker_process.h"
+#include "platform/imageio/metadata/carrier.h"
+#include "platform/imageio/property_keys.h"
+#include "tests/platform/imageio/decoder/confined.h"
+#include "tests/platform/imageio/picture_files.h"
+#include "tests/support/program.h"
+
+namespace ostra {
+namespace {
+
+using test::Confined;
+
+struct ReadPicture {
+  Pixels pixels;
+  Properties properties;
+};
+
+ReadPicture somePicture() {
+  using namespace test;
+  const TemporaryFolder folder;
+  const std::string path = folder.path("a.png");
+  run({"convert", "-size", "47x33", "-seed", "5", "plasma:tomato-steelblue", path});
+  run({"exiftool", "-q", "-overwrite_original", "-Make=N", "-XMP-dc:Title=T", path});
+  const Bytes file = readFile(path);
+  return {decoded(file), test::propertiesOf(file)};
+}
+
+Answer<Bytes> inThisProcess(const Codec& codec, const ReadPicture& picture) {
+  return functionsOf(codec)->encode(picture.pixels, &picture.properties);
+}
+
+class EncodingApart : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* name : {"convert", "exiftool"}) OSTRA_NEEDS_PROGRAM(name);
+  }
+};
+
+TEST_F(EncodingApart, GivesTheSameFile) {
+  const Confined confined;
+  ReadPicture picture = somePicture();
+  picture.properties.tree.insert_or_assign("Orientation", Value(6));  // edited since it was read
+  for (const char* type : {"public.png", "public.jpeg"}) {
+    const Codec& codec = *codecForType(type);
+    const auto apart = encodeApart(confined.zygote, codec, picture.pixels, &picture.properties);
+    ASSERT_TRUE(std::holds_alternative<Bytes>(apart)) << type;
+    EXPECT_EQ(apart, inThisProcess(codec, picture)) << type;
+    const auto bare = encodeApart(confined.zygote, codec, picture.pixels, nullptr);
+    EXPECT_EQ(bare, codec.functions.encode(picture.pixels, nullptr)) << type;
+    EXPECT_NE(bare, apart) << type;
+  }
+}
+
+TEST_F(EncodingApart, RefusesWhatTheCodecRefuses) {
+  const Confined confined;
+  ReadPicture picture = somePicture();
+  picture.properties.carrier = [] {
+    Carrier carrier;
+    carrier.exif = {'I', 'I', 42, 0, 255, 255, 255, 255};
+    return std::make_shared<const Carrier>(carrier);
+  }();
+  const Codec& codec = *codecForType("public.png");
+  EXPECT_TRUE(std::holds_alternative<Fault>(inThisProcess(codec, picture)));
+  EXPECT_EQ(encodeApart(confined.zygote, codec, picture.pixels, &picture.properties),
+            inThisProcess(codec, picture));
+}
+
+/// An encoder that is confined, has heard what it is asked, and then ends so.
+Zygote::Serve encoderThat(void (*ends)()) {
+  return [ends](const DecoderTask& task, const Confinement& confinement) {
+    beConfined(task, confinement);
+    const Channel parent((UniqueFd(kChannelDescriptor)));
+    parent.receive(kMostRequestBytes);
+    ends();
+  };
+}
+
+Fault faultOf(void (*ends)()) {
+  const Confined confined(encoderThat(ends));
+  const ReadPicture picture = somePicture();
+  const Codec& codec = *codecForType("public.png");
+  for (int again = 0; again < 2; ++again) {
+    const auto answer = encodeApart(confined.zygote, codec, picture.pixels, nullptr);
+    if (again == 1) return std::get<Fault>(answer);
+    EXPECT_TRUE(std::holds_alternative<Fault>(answer));
+  }
+  return {};
+}
+
+TEST_F(EncodingApart, AnEncoderThatAbortsWroteNothing) {
+  EXPECT_EQ(faultOf([] { std::abort(); }), Fault{FaultKind::crashed});
+}
+
+TEST_F(EncodingApart, OneThatEndsWithoutAWordWroteNothing) {
+  EXPECT_EQ(faultOf([] { _exit(kServed); }), Fault{FaultKind::crashed});
+}
+
+TEST_F(EncodingApart, OneThatMakesAProcessWroteNothing) {
+  EXPECT_EQ(faultOf([] { [[maybe_unused]] const int id = fork(); }), Fault{FaultKind::forbidden});
+}
+
+}  // namespace
+}  // namespace ostra

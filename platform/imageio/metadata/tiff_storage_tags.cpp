@@ -37,6 +37,8 @@ constexpr std::array kStorage = {
     Tags{37439, 37439},  // what LogLuv is counted in
     Tags{37724, 37724},  // Photoshop's layers
     Tags{50674, 50674},  // LERC
+    Tags{50706, 50707},  // DNG: raw pixels and how to develop them, but for the names of camera and lens
+    Tags{50710, 50734}, Tags{50737, 51199}, Tags{52525, 52556},
 };
 
 }  // namespace

@@ -25,11 +25,28 @@ Bytes exifOfTiff(ByteView file, const Limits& limits) {
   return structure ? exifBlockOfTiff(*structure, structure->first(), limits.metadataBytes) : Bytes();
 }
 
+/// Leaves the entries of the first directory without a value whose tags are the maker's own: at these numbers
+/// Panasonic tells of raw pixels and keeps its preview.
+void dropOwnTags(Bytes& file, ByteOrder order) {
+  constexpr std::uint16_t kFirstOfTiff = 254;
+  const std::size_t position = read32(file, 4, order);
+  if (position > file.size() || file.size() - position < 2) return;
+  const std::size_t count = read16(file, position, order);
+  if (12 * count > file.size() - position - 2) return;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t at = position + 2 + 12 * i;
+    if (read16(file, at, order) < kFirstOfTiff) write16(file, at + 2, 0, order);
+  }
+}
+
 // Olympus and Panasonic put marks of their own where TIFF has 42.
 Bytes exifOfDirectories(FileBytes file, const RawContainer& container, const Limits& limits) {
   if (container.kind == RawKind::tiff || container.kind == RawKind::cr2) return exifOfTiff(file, limits);
+  if (file.size() < 8) return {};
   Bytes usual(file.begin(), file.end());
-  write16(usual, 2, 42, usual[0] == 'M' ? ByteOrder::big : ByteOrder::little);
+  const ByteOrder order = usual[0] == 'M' ? ByteOrder::big : ByteOrder::little;
+  write16(usual, 2, 42, order);
+  dropOwnTags(usual, order);
   return exifOfTiff(usual, limits);
 }
 

@@ -148,13 +148,16 @@ Bytes losslessJpeg(const DngParts& parts) {
   for (unsigned y = 0; y < parts.height; ++y) {
     for (unsigned x = 0; x < parts.width; ++x) {
       const int value = static_cast<int>(parts.value(x, y, parts.pattern[y % 2 * 2 + x % 2]));
-      const int difference = value - (x == 0 ? above : left);
+      // Modulo 65536, as the decoder adds it.
+      const int difference = static_cast<std::int16_t>(value - (x == 0 ? above : left));
       if (x == 0) above = value;
       left = value;
       unsigned size = 0;
       while (std::abs(difference) >> size != 0) ++size;
       append(size, 5);
-      append(static_cast<unsigned>(difference < 0 ? difference + (1 << size) - 1 : difference), size);
+      // The last class has one member.
+      if (size < 16)
+        append(static_cast<unsigned>(difference < 0 ? difference + (1 << size) - 1 : difference), size);
     }
   }
   append((1U << 7) - 1, 7);

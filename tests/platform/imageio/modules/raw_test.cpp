@@ -1,3 +1,4 @@
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -282,6 +283,12 @@ TEST_F(Raw, CarriesExifGpsAndXmp) {
   EXPECT_EQ(properties.tree.at("PixelWidth"), Value(48));
   EXPECT_NE(positionOf("note of the maker", properties.carrier->exif), properties.carrier->exif.size());
   EXPECT_FALSE(properties.carrier->xmp.empty());
+  // What says how raw pixels are to be developed is told of no others.
+  const auto block = parseExif(properties.carrier->exif);
+  ASSERT_TRUE(block);
+  constexpr std::array<std::uint16_t, 3> kDevelopment = {50706, 50721, 50728};
+  for (const std::uint16_t tag : kDevelopment)
+    EXPECT_EQ(block->find(IfdKind::tiff)->find(tag), nullptr) << tag;
 }
 
 TEST_F(Raw, OneThatIsCutOffAnywhereIsRefused) {

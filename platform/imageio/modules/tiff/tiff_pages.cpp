@@ -20,7 +20,7 @@ bool holdsSensorData(const TiffStructure& file, const TiffEntries& directory) {
   constexpr std::uint64_t kColourFilter = 32803, kLinearRaw = 34892;
   // Those of Kodak, Sony, Nikon and Pentax.
   constexpr std::array<std::uint64_t, 5> kOfCameras = {262, 32767, 34713, 65000, 65535};
-  const auto photometry = file.numberOf(directory.find(kPhotometry));
+  const std::uint64_t photometry = file.numberOf(directory.find(kPhotometry)).value_or(0);
   if (photometry == kColourFilter || photometry == kLinearRaw) return true;
   const auto compression = file.numberOf(directory.find(kCompression));
   return compression && std::find(kOfCameras.begin(), kOfCameras.end(), *compression) != kOfCameras.end();

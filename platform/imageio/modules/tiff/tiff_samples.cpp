@@ -1,5 +1,6 @@
 #include "platform/imageio/modules/tiff/tiff_samples.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -46,12 +47,9 @@ bool isWhole(std::uint16_t bits) { return bits == 8 || bits == 16 || bits == 24 
 
 // Exact up to 32 bits.
 std::uint16_t scaled(std::uint64_t number, std::uint16_t bits) {
-  if (bits > 32) {
-    number >>= bits - 32;
-    bits = 32;
-  }
-  const std::uint64_t most = (std::uint64_t{1} << bits) - 1;
-  return static_cast<std::uint16_t>((number * 65535 + most / 2) / most);
+  const unsigned kept = std::clamp<unsigned>(bits, 1, 32);
+  const std::uint64_t most = UINT64_MAX >> (64 - kept), value = number >> (bits - kept);
+  return static_cast<std::uint16_t>((value * 65535 + most / 2) / most);
 }
 
 double halfOf(std::uint16_t bits) {

@@ -24,7 +24,7 @@ class PackedRows {
       : rows_(pixels),
         width_(pixels.layout.width),
         stored_(pixels.layout.bitsPerPixel / 8u),
-        packed_(samples * (pixels.layout.bitsPerComponent / 8u)) {}
+        packed_(std::size_t{samples} * (pixels.layout.bitsPerComponent / 8u)) {}
 
   std::size_t size() const { return width_ * packed_; }
   void copy(std::uint32_t y, std::uint8_t* to) {

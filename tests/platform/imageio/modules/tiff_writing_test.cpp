@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/imageio/metadata/carrier.h"
+#include "platform/imageio/metadata/exif_structure.h"
 #include "platform/imageio/modules/tiff/tiff_writer.h"
 #include "platform/imageio/property_keys.h"
 #include "tests/platform/imageio/metadata/exif_builder.h"
@@ -292,6 +293,29 @@ TEST_P(TiffMetadata, ComeOutAsTheyWentIn) {
   EXPECT_EQ(tagsOf(rewritten(now)), before);
   EXPECT_THAT(toldByTiffinfo(now), Not(HasSubstr("Warning")));
   EXPECT_EQ(straightRgba16(decoded(now)), straightRgba16(decoded(file)));
+}
+
+// In a JPEG they would be lies, in another TIFF too.
+TEST_P(TiffMetadata, DoNotHoldHowTheOldSamplesLay) {
+  const TiffBuilder builder(std::string(GetParam()) == "MSB");
+  auto page = builder.picture(2, 1, 8, 1, 1, {10, 20});
+  const std::vector<std::uint16_t> storage = {256, 257, 258, 259, 262, 273, 277, 278, 279};
+  const std::vector<std::uint16_t> others = {318, 320, 347, 529, 532, 700, 33723, 34377, 34675, 37724};
+  for (const std::uint16_t tag : others) page = with(page, builder.bytes(tag, 1, Bytes{1, 2, 3, 4}));
+  page = with(with(page, builder.bytes(285, 2, bytesOfText("front"))), builder.bytes(65123, 7, Bytes(9, 5)));
+  page.below = {builder.picture(1, 1, 8, 1, 1, {99})};
+  const Bytes file = builder.build({page, with(page, builder.longs(254, {1}))});
+  const auto block = parseExif(propertiesOf(file).carrier->exif);
+  ASSERT_TRUE(block);
+  std::vector<std::uint16_t> tags;
+  for (const ExifEntry& entry : block->ifds.front().entries) tags.push_back(entry.tag);
+  EXPECT_EQ(tags, (std::vector<std::uint16_t>{285, 65123}));
+  const Bytes now = rewritten(file);
+  const auto written = parseExif(now);
+  for (const std::uint16_t tag : storage) EXPECT_NE(written->ifds.front().find(tag), nullptr) << tag;
+  for (const int tag : {318, 320, 330, 347, 529, 532, 34675, 37724})
+    EXPECT_EQ(written->ifds.front().find(static_cast<std::uint16_t>(tag)), nullptr) << tag;
+  EXPECT_NE(written->ifds.front().find(65123), nullptr);
 }
 
 TEST_P(TiffMetadata, OfOneWithoutAnyStayNone) {

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -42,13 +43,8 @@ struct Format {
   unsigned levels = 0;
   /// A program that writes the picture to a PNG; ImageMagick reads the file itself when there is none.
   std::vector<std::string> (*toPng)(const std::string& from, const std::string& to) = nullptr;
-  /// Colours come out in sRGB.
-  bool toPngObeysProfile = false;
-
-  /// PNGs of the formats' own tools have three colours, with a profile for one where that is in the picture.
-  bool isReadByItsTool(bool isGray, bool hasProfile) const {
-    return toPng != nullptr && !(hasProfile && (isGray || toPngObeysProfile));
-  }
+  /// Another one for pictures with a profile, to a TIFF, where the former obeys that or cannot hand it on.
+  std::vector<std::string> (*toTiff)(const std::string& from, const std::string& to) = nullptr;
 };
 
 const Format kFormats[] = {
@@ -77,6 +73,10 @@ const Format kFormats[] = {
      .toPng =
          [](const std::string& from, const std::string& to) {
            return std::vector<std::string>{"opj_decompress", "-i", from, "-o", to};
+         },
+     .toTiff =
+         [](const std::string& from, const std::string& to) {
+           return std::vector<std::string>{"ffmpeg", "-v", "error", "-i", from, to};
          }},
     {.name = "Heic",
      .type = "public.heic",
@@ -87,6 +87,10 @@ const Format kFormats[] = {
      .toPng =
          [](const std::string& from, const std::string& to) {
            return std::vector<std::string>{"heif-convert", from, to};
+         },
+     .toTiff =
+         [](const std::string& from, const std::string& to) {
+           return std::vector<std::string>{"vips", "copy", from, to};
          }},
     {.name = "Avif",
      .type = "public.avif",
@@ -97,6 +101,10 @@ const Format kFormats[] = {
      .toPng =
          [](const std::string& from, const std::string& to) {
            return std::vector<std::string>{"avifdec", "-d", "16", from, to};
+         },
+     .toTiff =
+         [](const std::string& from, const std::string& to) {
+           return std::vector<std::string>{"vips", "copy", from, to};
          }},
     {.name = "Gif",
      .type = "com.compuserve.gif",
@@ -252,16 +260,21 @@ class RoundTrip : public testing::TestWithParam<Picture> {
   void SetUp() override {
     OSTRA_NEEDS_PROGRAM("convert");
     OSTRA_NEEDS_PROGRAM("exiftool");
-    if (picture.format.toPng != nullptr) {
-      OSTRA_NEEDS_PROGRAM(picture.format.toPng("", "").front());
+    for (const auto tool : {picture.format.toPng, picture.format.toTiff}) {
+      if (tool == nullptr) continue;
+      OSTRA_NEEDS_PROGRAM(tool("", "").front());
     }
   }
 
   bool isRefused() const { return picture.profile && !picture.isGray() && !picture.format.anyProfile; }
   std::vector<std::uint16_t> readByOthers(const std::string& path) const {
-    if (!picture.format.isReadByItsTool(picture.isGray(), picture.profile)) return rgba16ByImageMagick(path);
-    run(picture.format.toPng(path, other.path("decoded.png")));
-    return rgba16ByImageMagick(other.path("decoded.png"));
+    const bool tagged = picture.profile && picture.format.toTiff != nullptr;
+    const auto tool = tagged ? picture.format.toTiff : picture.format.toPng;
+    if (tool == nullptr) return rgba16ByImageMagick(path);
+    const std::string decoded = other.path(tagged ? "decoded.tif" : "decoded.png");
+    std::filesystem::remove(decoded);
+    run(tool(path, decoded));
+    return rgba16ByImageMagick(decoded);
   }
 
   void expectTags(std::map<std::string, std::string> tags, int orientation, const Density& density,

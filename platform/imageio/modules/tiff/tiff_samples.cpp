@@ -48,7 +48,7 @@ bool isWhole(std::uint16_t bits) { return bits == 8 || bits == 16 || bits == 24 
 // Exact up to 32 bits.
 std::uint16_t scaled(std::uint64_t number, std::uint16_t bits) {
   const unsigned kept = std::clamp<unsigned>(bits, 1, 32);
-  const std::uint64_t most = UINT64_MAX >> (64 - kept), value = number >> (bits - kept);
+  const std::uint64_t most = UINT64_MAX >> (64 - kept), value = number >> (bits > kept ? bits - kept : 0);
   return static_cast<std::uint16_t>((value * 65535 + most / 2) / most);
 }
 

@@ -129,7 +129,8 @@ std::vector<std::uint16_t> straightRgba16(const Pixels& pixels) {
   Bytes samples;
   for (std::uint32_t y = 0; y < pixels.layout.height; ++y) {
     const std::uint8_t* row = rows.row(y);
-    samples.insert(samples.end(), row, row + pixels.layout.width * (pixels.layout.bitsPerPixel / 8u));
+    samples.insert(samples.end(), row,
+                   row + std::size_t{pixels.layout.width} * (pixels.layout.bitsPerPixel / 8u));
   }
   return asRgba16(pixelsOf(std::move(samples), pixels.layout.width, pixels.layout.height, pixels.layout.model,
                            pixels.layout.bitsPerComponent, rows.alpha()));

@@ -264,12 +264,12 @@ class TiffReals : public testing::TestWithParam<std::tuple<unsigned, bool>> {
   unsigned bits() const { return std::get<0>(GetParam()); }
   TiffBuilder builder{std::get<1>(GetParam())};
   Bytes file(const std::vector<double>& values, std::uint16_t samples, std::uint16_t photometry,
-             std::vector<TiffBuilder::Entry> more = {}) const {
+             const std::vector<TiffBuilder::Entry>& more = {}) const {
     auto picture = with(builder.picture(static_cast<std::uint32_t>(values.size() / samples), 1,
                                         static_cast<std::uint16_t>(bits()), samples, photometry,
                                         reals(builder, values, bits())),
                         builder.shorts(339, std::vector<std::uint16_t>(samples, 3)));
-    for (auto& entry : more) picture = with(picture, entry);
+    for (const auto& entry : more) picture = with(picture, entry);
     return builder.build({picture});
   }
 };
@@ -335,7 +335,7 @@ TEST(TiffReading, OfSamplesOfUnknownMeaningTakesNoneForAlpha) {
 TEST(TiffReading, OfEntriesKnowsThePalettesThatAreWrittenInEightBits) {
   const TiffBuilder builder;
   const auto read = [&](std::uint16_t factor) {
-    std::vector<std::uint16_t> map(3 * 4);
+    std::vector<std::uint16_t> map(12);
     for (std::uint16_t i = 0; i < 12; ++i) map[i] = static_cast<std::uint16_t>((20 * i) * factor);
     return decoded(
         builder.build({with(builder.picture(4, 1, 2, 1, kPalette, {0x1B}), builder.shorts(320, map))}));

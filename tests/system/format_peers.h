@@ -18,6 +18,9 @@ struct FormatPeer {
   double meanError;
   /// The peer turns pictures as their orientation says.
   bool upright = false;
+  /// Of the files, how many it agrees about at least: peers have minds of their own about the canvases, light
+  /// and odd depths of single ones, which are listed.
+  double agreement = 0.8;
 };
 
 /// One a format, for those that libraries read.
@@ -25,5 +28,9 @@ const std::vector<FormatPeer>& formatPeers();
 
 /// How many pictures another program counts in a file; 0 where none knows.
 std::size_t countByOthers(const FormatPeer& peer, const std::string& path);
+
+/// Whether exiftool finds that pixels lie behind the end of the file, where the format's own tool makes them
+/// up.
+bool isCutOff(const FormatPeer& peer, const std::string& path);
 
 }  // namespace ostra::test

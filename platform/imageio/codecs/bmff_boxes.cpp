@@ -26,6 +26,7 @@ std::string_view BmffFields::text() {
 
 // A size of 1 means that 64 bits follow the type, and 0 that the box goes to the end.
 std::optional<BmffBox> BmffWalk::next() {
+  if (endedWell()) return std::nullopt;
   BmffFields fields(rest_);
   std::uint64_t size = fields.number32();
   const std::uint32_t type = fields.number32();
@@ -34,12 +35,17 @@ std::optional<BmffBox> BmffWalk::next() {
   const std::size_t head = rest_.size() - fields.rest().size();
   if (!fields.isIntact() || size < head || size > rest_.size()) {
     if (fields.isIntact() && size > rest_.size()) cutOff_ = type;
-    rest_ = {};
     return std::nullopt;
   }
   const BmffBox box{type, rest_.subspan(head, size - head)};
   rest_ = rest_.subspan(size);
   return box;
+}
+
+bool BmffWalk::endedWell() const {
+  constexpr std::size_t kShortestBox = 8;
+  if (!rest_.empty() && rest_.size() < kShortestBox) return false;
+  return std::all_of(rest_.begin(), rest_.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
 std::optional<ByteView> findBmffBox(ByteView bytes, std::uint32_t type) {

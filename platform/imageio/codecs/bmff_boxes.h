@@ -40,13 +40,17 @@ class BmffFields {
   bool intact_ = true;
 };
 
-/// Boxes that lie one after another: in a file, or in a box of boxes.
+/// Boxes that lie one after another: in a file, or in a box of boxes. JPEG 2000 has the same (ISO/IEC
+/// 15444-1, annex I).
 class BmffWalk {
  public:
   explicit BmffWalk(ByteView bytes) : rest_(bytes) {}
 
   /// Nothing at the end, and where what follows is no whole box.
   std::optional<BmffBox> next();
+  /// Once there is no next box: whether nothing follows the last one, or as many zeros as are no box that is
+  /// cut off.
+  bool endedWell() const;
   /// The type of a box that claims more bytes than there are; 0 when none did.
   std::uint32_t cutOff() const { return cutOff_; }
 

@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/bmff_boxes.h"
 #include "platform/imageio/codecs/picture_tree.h"
-#include "platform/imageio/modules/box_walk.h"
 #include "platform/imageio/modules/jpeg2000/jp2_marks.h"
 
 namespace ostra {
@@ -87,25 +87,25 @@ std::optional<Density> densityOf(ByteView content) {
 // The density that the picture is to be shown with stands above the one that it was taken with.
 void readResolution(ByteView content, Jp2Boxes& boxes) {
   std::optional<Density> taken, shown;
-  BoxWalk walk(content);
+  BmffWalk walk(content);
   while (const auto box = walk.next()) {
-    if (box->type == boxType("resc")) taken = densityOf(box->content);
-    if (box->type == boxType("resd")) shown = densityOf(box->content);
+    if (box->type == bmffType("resc")) taken = densityOf(box->content);
+    if (box->type == bmffType("resd")) shown = densityOf(box->content);
   }
   boxes.density = shown ? shown : taken;
 }
 
 bool readHeaderBoxes(ByteView content, Jp2Boxes& boxes) {
-  BoxWalk walk(content);
+  BmffWalk walk(content);
   while (const auto box = walk.next()) {
-    if (box->type == boxType("ihdr") && !readHeader(box->content, boxes)) return false;
-    if (box->type == boxType("colr")) readColour(box->content, boxes);
-    if (box->type == boxType("cdef") && boxes.definitions.empty() && !readDefinitions(box->content, boxes))
+    if (box->type == bmffType("ihdr") && !readHeader(box->content, boxes)) return false;
+    if (box->type == bmffType("colr")) readColour(box->content, boxes);
+    if (box->type == bmffType("cdef") && boxes.definitions.empty() && !readDefinitions(box->content, boxes))
       return false;
-    if (box->type == boxType("cmap") && boxes.mappings.empty() && !readMappings(box->content, boxes))
+    if (box->type == bmffType("cmap") && boxes.mappings.empty() && !readMappings(box->content, boxes))
       return false;
-    if (box->type == boxType("pclr") && !boxes.palette && !readPalette(box->content, boxes)) return false;
-    if (box->type == boxType("res ")) readResolution(box->content, boxes);
+    if (box->type == bmffType("pclr") && !boxes.palette && !readPalette(box->content, boxes)) return false;
+    if (box->type == bmffType("res ")) readResolution(box->content, boxes);
   }
   return walk.endedWell() && boxes.components > 0 && boxes.palette.has_value() == !boxes.mappings.empty();
 }
@@ -125,12 +125,12 @@ void readMarked(ByteView content, Jp2Boxes& boxes) {
 
 // Of several codestreams the first one is the picture; a header of its own may tell its colours.
 void readLayerHeader(ByteView content, Jp2Boxes& boxes) {
-  BoxWalk walk(content);
+  BmffWalk walk(content);
   while (const auto box = walk.next()) {
-    if (box->type != boxType("cgrp")) continue;
-    BoxWalk group(box->content);
+    if (box->type != bmffType("cgrp")) continue;
+    BmffWalk group(box->content);
     while (const auto colour = group.next()) {
-      if (colour->type == boxType("colr")) readColour(colour->content, boxes);
+      if (colour->type == bmffType("colr")) readColour(colour->content, boxes);
     }
   }
 }
@@ -146,15 +146,15 @@ std::optional<Jp2Boxes> readJp2Boxes(ByteView file) {
   }
   bool hasHeader = false;
   ByteView layer;
-  BoxWalk walk(file);
+  BmffWalk walk(file);
   while (const auto box = walk.next()) {
-    if (box->type == boxType("jp2h") && !hasHeader) {
+    if (box->type == bmffType("jp2h") && !hasHeader) {
       if (!readHeaderBoxes(box->content, boxes)) return std::nullopt;
       hasHeader = true;
     }
-    if (box->type == boxType("jplh")) keepFirst(layer, box->content);
-    if (box->type == boxType("jp2c") && boxes.codestreams++ == 0) boxes.codestream = box->content;
-    if (box->type == boxType("uuid")) readMarked(box->content, boxes);
+    if (box->type == bmffType("jplh")) keepFirst(layer, box->content);
+    if (box->type == bmffType("jp2c") && boxes.codestreams++ == 0) boxes.codestream = box->content;
+    if (box->type == bmffType("uuid")) readMarked(box->content, boxes);
   }
   if (boxes.colours.empty()) readLayerHeader(layer, boxes);
   return hasHeader && boxes.codestreams > 0 && walk.endedWell() ? std::optional(boxes) : std::nullopt;

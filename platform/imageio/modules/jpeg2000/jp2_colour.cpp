@@ -5,7 +5,7 @@
 
 #include "platform/graphics/code_points.h"
 #include "platform/imageio/codecs/big_endian.h"
-#include "platform/imageio/modules/box_walk.h"
+#include "platform/imageio/codecs/bmff_boxes.h"
 #include "platform/imageio/profile_space.h"
 
 namespace ostra {
@@ -50,12 +50,12 @@ std::optional<Jp2Space> profiled(ByteView content, const Limits& limits) {
   if (content.size() < kSignature + 4) return std::nullopt;
   Jp2Space space;
   switch (bigEndian32(content, kSignature)) {
-    case boxType("GRAY"):
+    case bmffType("GRAY"):
       space.model = CGColorSpaceModel::monochrome;
       break;
-    case boxType("RGB "):
+    case bmffType("RGB "):
       break;
-    case boxType("CMYK"):
+    case bmffType("CMYK"):
       space.model = CGColorSpaceModel::cmyk;
       break;
     default:

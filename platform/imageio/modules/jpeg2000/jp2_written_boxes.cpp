@@ -5,10 +5,10 @@
 #include <limits>
 
 #include "platform/imageio/codecs/big_endian.h"
+#include "platform/imageio/codecs/bmff_boxes.h"
 #include "platform/imageio/codecs/written_profile.h"
 #include "platform/imageio/metadata/carrier.h"
 #include "platform/imageio/metadata/photoshop.h"
-#include "platform/imageio/modules/box_walk.h"
 #include "platform/imageio/modules/jpeg2000/jp2_marks.h"
 
 namespace ostra {
@@ -33,16 +33,16 @@ bool appendMarked(Bytes& bytes, const Jp2Mark& mark, ByteView block) {
   if (block.size() > std::numeric_limits<std::uint32_t>::max() - 64) return false;
   Bytes content(mark.begin(), mark.end());
   append(content, block);
-  appendBox(bytes, boxType("uuid"), content);
+  appendBox(bytes, bmffType("uuid"), content);
   return true;
 }
 
 // The version is 0, and the type is one of its own compatible ones.
 Bytes fileType() {
   Bytes content;
-  appendBigEndian32(content, boxType("jp2 "));
+  appendBigEndian32(content, bmffType("jp2 "));
   appendBigEndian32(content, 0);
-  appendBigEndian32(content, boxType("jp2 "));
+  appendBigEndian32(content, bmffType("jp2 "));
   return content;
 }
 
@@ -122,7 +122,7 @@ Bytes resolution(const Density& density) {
   content.push_back(static_cast<std::uint8_t>(down.power));
   content.push_back(static_cast<std::uint8_t>(across.power));
   Bytes shown;
-  appendBox(shown, boxType("resd"), content);
+  appendBox(shown, bmffType("resd"), content);
   return shown;
 }
 
@@ -132,11 +132,11 @@ std::optional<Bytes> headerBoxes(const Pixels& pixels, bool hasAlpha, const Prop
   const auto colr = colour(pixels);
   if (!colr) return std::nullopt;
   Bytes boxes;
-  appendBox(boxes, boxType("ihdr"), header(pixels.layout, channels));
-  appendBox(boxes, boxType("colr"), *colr);
-  if (hasAlpha) appendBox(boxes, boxType("cdef"), definitions(channels));
+  appendBox(boxes, bmffType("ihdr"), header(pixels.layout, channels));
+  appendBox(boxes, bmffType("colr"), *colr);
+  if (hasAlpha) appendBox(boxes, bmffType("cdef"), definitions(channels));
   const auto density = properties != nullptr ? statedDensity(properties->tree) : std::nullopt;
-  if (density) appendBox(boxes, boxType("res "), resolution(*density));
+  if (density) appendBox(boxes, bmffType("res "), resolution(*density));
   return boxes;
 }
 
@@ -147,9 +147,9 @@ std::optional<Jp2WrittenBoxes> jp2BoxesToWrite(const Pixels& pixels, bool hasAlp
   const auto header = headerBoxes(pixels, hasAlpha, properties);
   if (!header) return std::nullopt;
   Jp2WrittenBoxes boxes;
-  appendBox(boxes.before, boxType("jP  "), Bytes{0x0D, 0x0A, 0x87, 0x0A});
-  appendBox(boxes.before, boxType("ftyp"), fileType());
-  appendBox(boxes.before, boxType("jp2h"), *header);
+  appendBox(boxes.before, bmffType("jP  "), Bytes{0x0D, 0x0A, 0x87, 0x0A});
+  appendBox(boxes.before, bmffType("ftyp"), fileType());
+  appendBox(boxes.before, bmffType("jp2h"), *header);
   if (properties != nullptr) {
     auto blocks = writeMetadata(*properties, {pixels.layout.width, pixels.layout.height});
     if (!blocks || !appendMarked(boxes.before, kJp2Exif, blocks->exif) ||
@@ -159,7 +159,7 @@ std::optional<Jp2WrittenBoxes> jp2BoxesToWrite(const Pixels& pixels, bool hasAlp
       return std::nullopt;
     boxes.comments = std::move(blocks->comments);
   }
-  appendBox(boxes.before, boxType("jp2c"), {});
+  appendBox(boxes.before, bmffType("jp2c"), {});
   return boxes;
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/imageio/modules/box_walk.h"
+#include "platform/imageio/codecs/bmff_boxes.h"
 #include "platform/imageio/modules/jxl/jxl_colour.h"
 #include "platform/imageio/modules/jxl/jxl_decoder.h"
 
@@ -13,7 +13,7 @@ namespace {
 bool boxesAreWhole(ByteView file) {
   constexpr std::uint8_t kFirstOfBoxes = 0;
   if (file.empty() || file[0] != kFirstOfBoxes) return true;
-  BoxWalk walk(file);
+  BmffWalk walk(file);
   while (walk.next()) {
   }
   return walk.endedWell();

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "platform/imageio/codecs/big_endian.h"
-#include "platform/imageio/modules/box_walk.h"
+#include "platform/imageio/codecs/bmff_boxes.h"
 
 namespace ostra {
 namespace {
@@ -29,7 +29,7 @@ std::optional<ByteView> tagOf(ByteView profile, std::uint32_t name) {
 }
 
 std::optional<Colorants> colorantsOf(ByteView profile) {
-  constexpr std::array kNames = {boxType("rXYZ"), boxType("gXYZ"), boxType("bXYZ")};
+  constexpr std::array kNames = {bmffType("rXYZ"), bmffType("gXYZ"), bmffType("bXYZ")};
   Colorants colorants;
   for (std::size_t i = 0; i < kNames.size(); ++i) {
     const auto tag = tagOf(profile, kNames[i]);

@@ -86,7 +86,7 @@ TEST(HeifBrands, OfAGeneralOneTheFirstThatSaysMoreDecides) {
   EXPECT_EQ(typeOf("mif1" + version + "mif1heicavif"), "public.heic");
   EXPECT_EQ(typeOf("mif1" + version + "miafavifheic"), "public.avif");
   EXPECT_EQ(typeOf("mif1" + version + "mif1miaf"), "public.heif");
-  EXPECT_EQ(typeOf("crx " + version + "crx heic"), "none");
+  EXPECT_EQ(typeOf("mp42" + version + "mp42heic"), "none");
 }
 
 TEST(WideSamples, KeepBlackAndWhiteAndRoundToTheNearest) {

@@ -157,7 +157,7 @@ TEST_F(Raw, AGraySensorGivesGray) {
   EXPECT_EQ(pixels.layout.model, CGColorSpaceModel::monochrome);
   EXPECT_EQ(pixels.layout.bitsPerPixel, 16);
   // sRGB's curve at a quarter.
-  EXPECT_NEAR(colourAt(pixels, 3, 3)[0], std::lround(65535 * (1.055 * std::pow(0.25, 1 / 2.4) - 0.055)), 2);
+  EXPECT_NEAR(colourAt(pixels, 3, 3)[0], std::round(65535 * (1.055 * std::pow(0.25, 1 / 2.4) - 0.055)), 2);
 }
 
 TEST_F(Raw, APictureIsNeverTurnedAndItsOrientationIsTold) {

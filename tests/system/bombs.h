@@ -19,5 +19,12 @@ struct Bomb {
 std::vector<Bomb> pngBombs();
 std::vector<Bomb> jpegBombs();
 std::vector<Bomb> metadataBombs();
+std::vector<Bomb> gifBombs();
+std::vector<Bomb> bitmapBombs();    // BMP, ICO, TGA, PNM
+std::vector<Bomb> readOnlyBombs();  // PSD, HDR
+std::vector<Bomb> tiffBombs();
+std::vector<Bomb> modernBombs();  // JPEG 2000, JPEG XL, WebP
+std::vector<Bomb> heifBombs();    // HEIC, AVIF
+std::vector<Bomb> lightBombs();   // OpenEXR, camera raw
 
 }  // namespace ostra::test

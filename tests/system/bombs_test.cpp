@@ -36,7 +36,11 @@ struct Timed {
 
 class Bombs : public testing::TestWithParam<Bomb> {
  protected:
-  void SetUp() override { OSTRA_NEEDS_PROGRAM("convert"); }
+  void SetUp() override {
+    for (const char* name : {"convert", "opj_compress", "cwebp", "heif-enc", "avifenc"})
+      OSTRA_NEEDS_PROGRAM(name);
+    program_.installModules();
+  }
 
   Timed invert(const std::string& path) const {
     const auto start = steady_clock::now();
@@ -110,6 +114,13 @@ std::string nameOf(const testing::TestParamInfo<Bomb>& bomb) { return bomb.param
 INSTANTIATE_TEST_SUITE_P(Png, Bombs, testing::ValuesIn(pngBombs()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Jpeg, Bombs, testing::ValuesIn(jpegBombs()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Metadata, Bombs, testing::ValuesIn(metadataBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Gif, Bombs, testing::ValuesIn(gifBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Bitmap, Bombs, testing::ValuesIn(bitmapBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(ReadOnly, Bombs, testing::ValuesIn(readOnlyBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Tiff, Bombs, testing::ValuesIn(tiffBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Modern, Bombs, testing::ValuesIn(modernBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Heif, Bombs, testing::ValuesIn(heifBombs()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Light, Bombs, testing::ValuesIn(lightBombs()), nameOf);
 
 /// A file without an end, as far as anybody can tell: only its beginning is on the disk.
 class EndlessFiles : public Bombs {

@@ -44,6 +44,7 @@ FaultScene::FaultScene(const Road& road, const std::string& parent)
       parent_(parent),
       home_(road.cacheIsElsewhere ? elsewhere(parent) : parent),
       program_(home_.path()) {
+  program_.installModules();
   prepare();
   // The first run of a user does what later ones need not, such as making the cache folder.
   run({});
@@ -62,7 +63,7 @@ void FaultScene::prepare() {
   for (const fs::path& left : leftovers(home_.path())) fs::remove_all(left);
   folder_ = std::make_unique<TemporaryFolder>(parent_);
   if (picture_.empty()) {
-    makePicture("PNG:" + source(), {"-resize", "40x30!"});
+    makePicture(road_.format + (":" + source()), {"-resize", "40x30!"});
     picture_ = readFile(source());
     // Larger than what replaces it, so that a file that is overwritten is neither old nor new for a while.
     picture_.resize(picture_.size() + kSurplus, 'x');

@@ -1,10 +1,7 @@
-#include <algorithm>
-
-#include <zlib.h>
-
 #include "tests/platform/imageio/picture_files.h"
 #include "tests/support/icc_builder.h"
 #include "tests/system/bombs.h"
+#include "tests/system/deflated_zeros.h"
 
 namespace ostra::test {
 namespace {
@@ -13,26 +10,6 @@ namespace {
 constexpr std::size_t kPixels = 272;
 constexpr std::size_t kMega = std::size_t{1} << 20;
 const Bytes kSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
-/// So many zero bytes as a zlib stream, a thousandth as long.
-Bytes deflatedZeros(std::size_t size) {
-  z_stream z{};
-  deflateInit(&z, 9);
-  const Bytes zeros(kMega);
-  Bytes stream(size / 500 + 1024);
-  z.next_out = stream.data();
-  z.avail_out = static_cast<uInt>(stream.size());
-  for (std::size_t left = size; left > 0;) {
-    const std::size_t part = std::min(left, zeros.size());
-    z.next_in = const_cast<Bytef*>(zeros.data());
-    z.avail_in = static_cast<uInt>(part);
-    left -= part;
-    deflate(&z, left == 0 ? Z_FINISH : Z_NO_FLUSH);
-  }
-  stream.resize(z.total_out);
-  deflateEnd(&z);
-  return stream;
-}
 
 Bytes header(std::uint32_t width, std::uint32_t height, std::uint8_t bits, std::uint8_t colour,
              bool interlaced = false) {

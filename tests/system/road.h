@@ -16,6 +16,7 @@ struct Road {
   bool destinationExists = true;
   bool cacheIsElsewhere = false;  // on another file system than the picture
   bool canExchange = true;
+  const char* format = "PNG";  // of the source
 };
 
 /// As a part of a test's name.
@@ -34,6 +35,8 @@ inline constexpr std::array kRoads = {
     Road{"new-sibling", "srgb-jpg", "a.png", "a.jpg", false},
     Road{"existing-sibling", "srgb-jpg", "a.png", "a.jpg"},
     Road{"disguised-source", "jpg", "x.jpg", "x.jpg"},
+    // Read and written by a module, each in a process of its own.
+    Road{"in-place-module", "invert", "a.tif", "a.tif", true, false, true, "TIFF"},
 };
 
 }  // namespace ostra::test

@@ -45,8 +45,7 @@ std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file) {
   }
   const Bytes* bytes = std::get_if<Bytes>(&written);
   const Layout& layout = std::get<Pixels>(pixels).layout;
-  if (bytes == nullptr && std::max(layout.width, layout.height) > longestSideOf(type))
-    return std::nullopt;
+  if (bytes == nullptr && std::max(layout.width, layout.height) > longestSideOf(type)) return std::nullopt;
   const bool isInk = layout.model == CGColorSpaceModel::cmyk;
   if (bytes == nullptr && isInk && type == "public.jpeg-2000") return std::nullopt;
   if (bytes == nullptr) std::abort();

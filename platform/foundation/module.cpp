@@ -9,33 +9,33 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Beside the program in a build, in the libraries' folder once installed.
+/// Beside the program in a build, in the libraries' folder once installed. Throws `fs::filesystem_error` when
+/// it cannot be told where that is.
 fs::path pathOf(std::string_view name) {
   const std::string file = "ostra-" + std::string(name) + ".so";
-  std::error_code ignored;
-  const fs::path program = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+  const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
   for (const fs::path& folder : {program / "modules", program / ".." / OSTRA_LIBRARY_FOLDER / "ostra"}) {
-    if (fs::exists(folder / file, ignored)) return folder / file;
+    if (fs::exists(folder / file)) return folder / file;
   }
   return fs::path(OSTRA_FULL_LIBRARY_FOLDER) / "ostra" / file;
 }
 
 }  // namespace
 
-bool moduleIsInstalled(std::string_view name) {
-  std::error_code ignored;
-  return fs::exists(pathOf(name), ignored);
-}
+bool moduleIsInstalled(std::string_view name) { return fs::exists(pathOf(name)); }
 
 void* moduleEntry(std::string_view name, const char* function, std::string& reason) {
-  // What is missing shows here, not in the middle of the work.
-  void* module = dlopen(pathOf(name).c_str(), RTLD_NOW | RTLD_LOCAL);
-  void* entry = module == nullptr ? nullptr : dlsym(module, function);
-  if (entry == nullptr) {
+  try {
+    // What is missing shows here, not in the middle of the work.
+    void* module = dlopen(pathOf(name).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* entry = module == nullptr ? nullptr : dlsym(module, function);
+    if (entry != nullptr) return entry;
     const char* failure = dlerror();
     reason = failure == nullptr ? "no module" : failure;
+  } catch (const fs::filesystem_error& error) {
+    reason = error.what();
   }
-  return entry;
+  return nullptr;
 }
 
 }  // namespace ostra

@@ -60,7 +60,8 @@ const Codec* codecForBytes(FileBytes head);
 /// The codec of a type identifier, compared exactly, or null.
 const Codec* codecForType(std::string_view type);
 
-/// Whether this machine has what the codec needs. Loads nothing.
+/// Whether this machine has what the codec needs. Loads nothing. Throws `std::system_error` when that cannot
+/// be known.
 bool isInstalled(const Codec& codec);
 /// The functions of a codec, its module loaded by the first call; null when this machine lacks it. Any
 /// thread.

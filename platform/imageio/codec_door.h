@@ -93,9 +93,9 @@ class CodecDoor {
   virtual ~CodecDoor() = default;
   /// Takes a descriptor open for reading on a regular file.
   virtual Answer<std::unique_ptr<Reader>> open(UniqueFd file, const Limits& limits) = 0;
-  /// `properties` may be null.
+  /// `properties` may be null. Throws `std::system_error` where it is not the codec that failed.
   virtual Answer<Bytes> encode(std::string_view type, const Pixels& pixels, const Properties* properties) = 0;
-  /// The table less what this machine lacks.
+  /// The table less what this machine lacks. Throws `std::system_error` when that cannot be known.
   virtual std::set<std::string> writable() const = 0;
 
   /// The door that runs the codecs in this process.

@@ -66,7 +66,12 @@ constexpr std::array kFormats{
     Codec{"public.heif", "HEIF", "the pictures that stand for themselves", false, matchesHeif, {}, "heif"},
     Codec{"org.webmproject.webp", "WebP", "the frames of an animation", false, matchesWebp, {}, "webp"},
     Codec{"com.microsoft.bmp", "BMP", "one", true, matchesBmp, {openBmp, encodeBmp}},
-    Codec{"public.pbm", "PBM, PGM, PPM, PAM", "pictures one behind the other", true, matchesPnm, {openPnm, encodePnm}},
+    Codec{"public.pbm",
+          "PBM, PGM, PPM, PAM",
+          "pictures one behind the other",
+          true,
+          matchesPnm,
+          {openPnm, encodePnm}},
     Codec{"com.microsoft.ico", "ICO", "sizes of the icon", true, matchesIco, {openIco, encodeIco}},
     Codec{"com.microsoft.cur", "CUR", "sizes of the cursor", false, matchesCur, {openCur, nullptr}},
     // Without a signature: last, so that no other format is taken for it.

@@ -10,8 +10,7 @@ PlainRows::PlainRows(const Pixels& pixels, unsigned bits)
       bits_(bits),
       colours_(layout_.model == CGColorSpaceModel::monochrome ? 1 : 3),
       alpha_(straight_.alpha() == CGImageAlphaInfo::last),
-      buffer_(std::size_t{layout_.width} * samples() * (bits / 8)) {
-}
+      buffer_(std::size_t{layout_.width} * samples() * (bits / 8)) {}
 
 const std::uint8_t* PlainRows::row(std::uint32_t y) {
   const std::uint8_t* from = straight_.row(y);

@@ -128,13 +128,7 @@ Answer<Bytes> ConfinedDoor::encode(std::string_view type, const Pixels& pixels,
   const Codec* codec = codecForType(type);
   if (codec == nullptr || codec->module.empty())
     return CodecDoor::standard().encode(type, pixels, properties);
-  return withinMemory([&]() -> Answer<Bytes> {
-    try {
-      return encodeApart(zygote_, *codec, pixels, properties);
-    } catch (const std::system_error&) {  // as above
-      return Fault{FaultKind::crashed};
-    }
-  });
+  return withinMemory([&] { return encodeApart(zygote_, *codec, pixels, properties); });
 }
 
 std::set<std::string> ConfinedDoor::writable() const { return CodecDoor::standard().writable(); }

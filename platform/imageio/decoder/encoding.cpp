@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <chrono>
 #include <new>
+#include <system_error>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/imageio/decoder/address_space.h"
@@ -32,6 +34,20 @@ std::size_t mostEncodedBytes(const DecoderTask& task, ByteView request) {
   return 2 * task.fileSize + 8 * request.size() + (1u << 20);
 }
 
+/// What is told is no answer of an encoder: whoever tries again with less to write would leave out what could
+/// have been written.
+[[noreturn]] void failToReach() {
+  throw std::system_error(EIO, std::generic_category(), "the encoding process");
+}
+
+/// How a worker ended that was heard no more. Only a signal ends it for what a library did.
+Fault faultOfEnding(const DecoderProcess& worker) {
+  constexpr std::chrono::milliseconds kSoon(500);
+  const auto status = worker.end(std::chrono::steady_clock::now() + kSoon);
+  if (!status || !WIFSIGNALED(*status)) failToReach();
+  return faultOfEnd(status);
+}
+
 }  // namespace
 
 Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels& pixels,
@@ -40,14 +56,17 @@ Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels
   const UniqueFd unused = makePixelFile();
   const DecoderTask task{.limits = {}, .fileSize = pixels.bytes.view.size(), .encodes = rowOf(codec)};
   const auto worker = zygote.decoderFor(samples.get(), unused.get(), task);
-  if (!worker) return Fault{FaultKind::crashed};
+  if (!worker) failToReach();
   EncodingRequest request{pixels.layout, pixels.profile, std::nullopt};
   if (properties != nullptr) request.properties = *properties;
   const Bytes message = messageOf(request);
   const std::chrono::seconds time = allowEncoding(worker->id, pixels.layout, task.fileSize);
-  if (!worker->channel.send(message)) return faultOfSilence(*worker);
-  return nextAnswer<Bytes>(*worker, mostEncodedBytes(task, message), std::chrono::steady_clock::now() + time,
-                           encodedOf);
+  if (!worker->channel.send(message)) return faultOfEnding(*worker);
+  const Channel::Received received =
+      worker->channel.receive(mostEncodedBytes(task, message), std::chrono::steady_clock::now() + time);
+  if (received.silence == Channel::Silence::late) return Fault{FaultKind::limit, LimitName::seconds};
+  if (received.silence == Channel::Silence::closed) return faultOfEnding(*worker);
+  return encodedOf(received.message).value_or(Fault{FaultKind::crashed});
 }
 
 }  // namespace ostra

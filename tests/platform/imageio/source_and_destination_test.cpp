@@ -136,9 +136,10 @@ TEST(Destinations, AreMadeForWritableTypesAndOnePicture) {
   EXPECT_EQ(CGImageDestination::createWithData(data, "public.png", 2), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "org.webmproject.webp", 1), nullptr);
   EXPECT_EQ(CGImageDestination::createWithData(data, "PUBLIC.PNG", 1), nullptr);
-  EXPECT_EQ(CGImageDestinationCopyTypeIdentifiers(),
-            (std::vector<std::string>{"com.compuserve.gif", "com.microsoft.bmp", "com.microsoft.ico",
-                                      "com.truevision.tga-image", "public.jpeg", "public.pbm", "public.png"}));
+  EXPECT_EQ(
+      CGImageDestinationCopyTypeIdentifiers(),
+      (std::vector<std::string>{"com.compuserve.gif", "com.microsoft.bmp", "com.microsoft.ico",
+                                "com.truevision.tga-image", "public.jpeg", "public.pbm", "public.png"}));
 }
 
 TEST(Destinations, LeaveTheBufferEmptyWhenTheyFail) {

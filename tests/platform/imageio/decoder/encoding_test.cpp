@@ -1,6 +1,7 @@
 #include "platform/imageio/decoder/encoding.h"
 
 #include <cstdlib>
+#include <system_error>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -99,8 +100,10 @@ TEST_F(EncodingApart, AnEncoderThatAbortsWroteNothing) {
   EXPECT_EQ(faultOf([] { std::abort(); }), Fault{FaultKind::crashed});
 }
 
-TEST_F(EncodingApart, OneThatEndsWithoutAWordWroteNothing) {
-  EXPECT_EQ(faultOf([] { _exit(kServed); }), Fault{FaultKind::crashed});
+// Not a refusal: the picture would lose its metadata for it.
+TEST_F(EncodingApart, OneThatCannotDoItsWorkIsNoEncoderThatRefuses) {
+  EXPECT_THROW(faultOf([] { _exit(2); }), std::system_error);
+  EXPECT_THROW(faultOf([] { _exit(kServed); }), std::system_error) << "its answer was not heard";
 }
 
 TEST_F(EncodingApart, OneThatMakesAProcessWroteNothing) {

@@ -11,7 +11,7 @@ constexpr JxlColorProfileTarget kOriginal = JXL_COLOR_PROFILE_TARGET_ORIGINAL;
 constexpr JxlColorProfileTarget kDecoded = JXL_COLOR_PROFILE_TARGET_DATA;
 
 std::optional<JxlColorEncoding> encodingOf(const JxlDecoder* decoder, JxlColorProfileTarget target) {
-  JxlColorEncoding encoding;
+  JxlColorEncoding encoding{};  // of gray the library leaves the primaries as they are
   if (JxlDecoderGetColorAsEncodedProfile(decoder, nullptr, target, &encoding) != JXL_DEC_SUCCESS)
     return std::nullopt;
   return encoding;

@@ -217,8 +217,10 @@ TEST_F(TiffClaims, OfBrokenMetadataLeaveItOut) {
 }
 
 TEST(TiffDamaged, NeitherHeadersNorDirectoriesOfNonsenseAreTaken) {
-  for (const char* head : {"II*", "II*\0\0\0\0\0", "MM\0*\0\0\0\x08", "II+\0\x08\0\0\0\0\0\0\0\0\0\0\0"}) {
-    Bytes file(head, head + (head[2] == '*' && head[3] == '\0' ? 8 : 3));
+  using namespace std::string_view_literals;
+  for (const std::string_view head :
+       {"II*"sv, "II*\0\0\0\0\0"sv, "MM\0*\0\0\0\x08"sv, "II+\0\x08\0\0\0\0\0\0\0\0\0\0\0"sv}) {
+    Bytes file(head.begin(), head.end());
     EXPECT_TRUE(faultOf(decodeBytes(file)));
     file.resize(200, 0xFF);
     EXPECT_TRUE(faultOf(decodeBytes(file)));

@@ -245,9 +245,9 @@ Bytes reals(const TiffBuilder& builder, const std::vector<double>& values, unsig
     if (bits != 16) continue;
     int exponent = 0;
     const double fraction = std::frexp(std::abs(value), &exponent);
-    auto half = value == 0 ? 0u
-                           : static_cast<unsigned>((exponent + 14) << 10) |
-                                 (static_cast<unsigned>(fraction * 2048) & 1023);
+    auto half = value == 0 || std::isnan(value) ? 0u
+                                                : static_cast<unsigned>((exponent + 14) << 10) |
+                                                      (static_cast<unsigned>(fraction * 2048) & 1023);
     if (std::isnan(value)) half = 0x7E00;
     packed = joined({packed, builder.number(half | (value < 0 ? 0x8000u : 0u), 2)});
   }

@@ -136,4 +136,11 @@ std::vector<std::uint16_t> straightRgba16(const Pixels& pixels) {
                            pixels.layout.bitsPerComponent, rows.alpha()));
 }
 
+std::vector<std::uint16_t> grayOf(const Pixels& pixels) {
+  std::vector<std::uint16_t> gray;
+  const std::vector<std::uint16_t> all = straightRgba16(pixels);
+  for (std::size_t i = 0; i < all.size(); i += 4) gray.push_back(all[i]);
+  return gray;
+}
+
 }  // namespace ostra::test

@@ -51,4 +51,7 @@ Bytes packedBits(const std::vector<std::uint64_t>& numbers, unsigned bits, std::
 /// Samples with straight alpha, whatever alpha the pixels have, as 16-bit RGBA.
 std::vector<std::uint16_t> straightRgba16(const Pixels& pixels);
 
+/// The first colour of each pixel, of 16 bits.
+std::vector<std::uint16_t> grayOf(const Pixels& pixels);
+
 }  // namespace ostra::test

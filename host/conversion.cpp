@@ -1,15 +1,18 @@
 #include "host/conversion.h"
 
 #include <new>
+#include <optional>
 
 #include "chooser/profile_view_controller.h"
 #include "host/bundles.h"
 #include "host/exit_status.h"
 #include "host/extension_host.h"
 #include "host/file_list.h"
+#include "host/finished_work.h"
 #include "host/housekeeping.h"
 #include "host/message.h"
 #include "host/panel.h"
+#include "host/progress_reporter.h"
 #include "host/stop_signals.h"
 #include "host/usage_error.h"
 #include "host/user_interface.h"
@@ -50,8 +53,23 @@ void tidy(const std::vector<std::string>& files) {
   }
 }
 
-void tell(const RequestEnd& end) {
+void tell(const RequestEnd& end, const FinishedWork& work) {
   if (const auto message = hostMessage(end)) say(*message);
+  tellOnDesktop(end, work);
+}
+
+/// How long work goes on before it is shown. Nobody who waits at a terminal is disturbed by a line.
+std::chrono::milliseconds patienceOf(Display display, std::size_t files) {
+  using namespace std::chrono_literals;
+  if (display == Display::windows) return 2s;
+  return files == 1 ? 1s : 100ms;
+}
+
+/// Nothing where nobody watches. The log's lines and a bar that draws over itself do not share a terminal.
+std::optional<ProgressReporter> makeReporter(Display display, const CommandLine& line,
+                                             const ReportedWork& work) {
+  if (display == Display::lines || (display == Display::terminal && line.verbose)) return std::nullopt;
+  return std::optional<ProgressReporter>(std::in_place, work);
 }
 
 }  // namespace
@@ -71,13 +89,21 @@ int performAction(const CommandLine& line) {
   setLogVerbose(line.verbose);
   prepareNamedColorSpaces();
 
-  // The log's lines and a bar that draws over itself do not share a terminal.
-  const bool watched = display == Display::terminal && !line.verbose;
   const StopSignals stopSignals;
-  const auto end =
-      serveRequest(*principal, files, watched ? ProgressDisplay::shown : ProgressDisplay::hidden, openPanel);
+  FinishedWork work{bundle.displayName(), files.size()};
+  const auto end = [&] {
+    const auto reporter =
+        makeReporter(display, line, {work.items, work.title, patienceOf(display, files.size())});
+    const auto itemBegan = reporter ? reporter->itemBegan() : nullptr;
+    auto requestEnd = serveRequest(*principal, files, itemBegan, openPanel);
+    if (reporter) {
+      work.duration = reporter->worked();
+      work.wasPutAway = reporter->wasPutAway();
+    }
+    return requestEnd;
+  }();
   const auto signal = StopSignals::received();
-  if (end && !signal) tell(*end);
+  if (end && !signal) tell(*end, work);
   if (!signal) tidy(files);
   return exitStatus(end, signal);
 }

@@ -5,7 +5,6 @@
 #include "chooser/profile_view_controller.h"
 #include "front/request_handler.h"
 #include "host/file_item_provider.h"
-#include "host/progress_reporter.h"
 #include "host/stop_signals.h"
 #include "host/usage_error.h"
 #include "platform/appkit/renderer.h"
@@ -57,11 +56,9 @@ std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(const std::strin
 }
 
 std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
-                                       const std::vector<std::string>& files, ProgressDisplay progress,
+                                       const std::vector<std::string>& files, Work::ItemBegan itemBegan,
                                        const std::function<void()>& openPanel) {
-  std::optional<ProgressReporter> reporter;
-  if (progress == ProgressDisplay::shown) reporter.emplace(files.size());
-  const auto work = std::make_shared<Work>(reporter ? reporter->itemBegan() : nullptr);
+  const auto work = std::make_shared<Work>(std::move(itemBegan));
   mainQueue();  // made before work on a picture begins: from there on nothing may be wanting
   const auto context = std::make_shared<HostExtensionContext>(inputItems(files, work));
   principal.beginRequestWithExtensionContext(context);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/extension_context.h"
+#include "host/work.h"
 #include "platform/extension/request_handling.h"
 
 namespace ostra {
@@ -25,14 +26,12 @@ std::span<const PrincipalClass> principalClasses();
 std::shared_ptr<NSExtensionRequestHandling> makePrincipalObject(
     const std::string& className, std::span<const PrincipalClass> classes = principalClasses());
 
-/// Whether somebody watches how far the request is.
-enum class ProgressDisplay { shown, hidden };
-
 /// Hands the files to the object as one selection, opens its panel if it has one, and turns the main loop
 /// until the request has ended; nothing when a signal ended the work, or the panel, first, and the request
-/// stays open. What `openPanel` throws goes on to the caller. Main thread.
+/// stays open. `itemBegan` is told of each file that is in work; it may be empty. What `openPanel` throws
+/// goes on to the caller. Main thread.
 std::optional<RequestEnd> serveRequest(NSExtensionRequestHandling& principal,
-                                       const std::vector<std::string>& files, ProgressDisplay progress,
+                                       const std::vector<std::string>& files, Work::ItemBegan itemBegan,
                                        const std::function<void()>& openPanel = nullptr);
 
 }  // namespace ostra

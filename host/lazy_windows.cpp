@@ -38,8 +38,14 @@ void LazyWindows::withdraw() {
   if (Renderer* const windows = loaded_) windows->withdraw();
 }
 
-void LazyWindows::progress(const Progress& progress) {
-  if (Renderer* const windows = loaded_) windows->progress(progress);
+bool LazyWindows::progress(const Progress& progress) {
+  if (progress.done < progress.total) return shown().progress(progress);
+  Renderer* const windows = loaded_;
+  return windows == nullptr || windows->progress(progress);
+}
+
+void LazyWindows::notify(const std::string& title, const std::string& text) {
+  if (Renderer* const windows = loaded_) windows->notify(title, text);
 }
 
 }  // namespace ostra

@@ -22,7 +22,9 @@ class LazyWindows : public Renderer {
   SavePanelAnswer run(const NSSavePanel& panel) override;
   bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override;
   void withdraw() override;
-  void progress(const Progress& progress) override;
+  /// Loads windows only for work that goes on.
+  bool progress(const Progress& progress) override;
+  void notify(const std::string& title, const std::string& text) override;
 
  private:
   /// The windows, or the plain lines.

@@ -1,9 +1,9 @@
 #include "host/progress_reporter.h"
 
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "platform/appkit/renderer.h"
@@ -11,29 +11,41 @@
 #include "platform/foundation/service.h"
 
 namespace ostra {
-
-struct ProgressReporter::State {
-  std::mutex mutex;
-  std::condition_variable ended;
-  bool end = false;
-  bool changed = false;
-  bool shown = false;
-  Progress now;
-};
-
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
 constexpr auto kPause = 100ms;
-constexpr auto kPatienceForOne = 1000ms;
 
-void tell(const Progress& progress) {
-  try {
-    Service<Renderer>::current().progress(progress);
-  } catch (const std::bad_alloc&) {  // the next one may be told
+}  // namespace
+
+struct ProgressReporter::State {
+  explicit State(ReportedWork work) : patience(work.patience) {
+    now.total = work.items;
+    now.title = std::move(work.title);
   }
-}
+
+  const std::chrono::milliseconds patience;
+  std::mutex mutex;
+  std::condition_variable somethingNew;
+  bool end = false;
+  std::optional<Clock::time_point> begin;
+  bool changed = false;
+  Progress now;
+  // The main thread's.
+  bool shown = false;
+  bool putAway = false;
+
+  void tell(const Progress& progress) {
+    try {
+      if (!Service<Renderer>::current().progress(progress)) putAway = true;
+    } catch (const std::bad_alloc&) {  // the next one may be told
+    }
+  }
+};
+
+namespace {
 
 /// On the main thread, which may get to it only after the reporter has gone.
 template <class State>
@@ -42,31 +54,31 @@ void show(State& state) {
   {
     const std::lock_guard lock(state.mutex);
     if (state.end) return;
-    state.shown = true;
     now = state.now;
   }
-  tell(now);
+  state.shown = true;
+  state.tell(now);
 }
 
 template <class State>
 void watch(const std::shared_ptr<State>& state) {
   std::unique_lock lock(state->mutex);
-  auto pause = state->now.total > 1 ? kPause : kPatienceForOne;
-  while (!state->ended.wait_for(lock, pause, [&state] { return state->end; })) {
+  state->somethingNew.wait(lock, [&state] { return state->end || state->begin; });
+  auto pause = state->patience;
+  while (!state->somethingNew.wait_for(lock, pause, [&state] { return state->end; })) {
+    pause = kPause;
     if (!std::exchange(state->changed, false)) continue;
     try {
       mainQueue().async([state] { show(*state); });
     } catch (const std::bad_alloc&) {
       state->changed = true;
     }
-    pause = kPause;
   }
 }
 
 }  // namespace
 
-ProgressReporter::ProgressReporter(std::size_t total) : state_(std::make_shared<State>()) {
-  state_->now.total = total;
+ProgressReporter::ProgressReporter(ReportedWork work) : state_(std::make_shared<State>(std::move(work))) {
   watcher_ = std::thread([state = state_] { watch(state); });
 }
 
@@ -75,10 +87,10 @@ ProgressReporter::~ProgressReporter() {
     const std::lock_guard lock(state_->mutex);
     state_->end = true;
   }
-  state_->ended.notify_one();
+  state_->somethingNew.notify_one();
   watcher_.join();
   const std::size_t total = state_->now.total;
-  if (state_->shown) tell({total, total, ""});
+  if (state_->shown) state_->tell({total, total, "", ""});
 }
 
 std::function<void(std::size_t, const std::string&)> ProgressReporter::itemBegan() const {
@@ -90,7 +102,18 @@ std::function<void(std::size_t, const std::string&)> ProgressReporter::itemBegan
       state->changed = true;
     } catch (const std::bad_alloc&) {  // a picture is not given up for a line about it
     }
+    if (state->begin) return;
+    state->begin = Clock::now();
+    state->somethingNew.notify_one();
   };
 }
+
+std::chrono::milliseconds ProgressReporter::worked() const {
+  const std::lock_guard lock(state_->mutex);
+  if (!state_->begin) return 0ms;
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - *state_->begin);
+}
+
+bool ProgressReporter::wasPutAway() const { return state_->putAway; }
 
 }  // namespace ostra

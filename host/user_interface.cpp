@@ -38,7 +38,13 @@ class UntilStopped : public Renderer {
     return !StopSignals::received() && shown_.present(controller, title);
   }
   void withdraw() override { shown_.withdraw(); }
-  void progress(const Progress& progress) override { shown_.progress(progress); }
+  bool progress(const Progress& progress) override {
+    const bool ended = progress.done >= progress.total;
+    return (StopSignals::received() && !ended) || shown_.progress(progress);
+  }
+  void notify(const std::string& title, const std::string& text) override {
+    if (!StopSignals::received()) shown_.notify(title, text);
+  }
 
  private:
   Renderer& shown_;
@@ -74,7 +80,10 @@ Display chooseDisplay(UserInterfaceChoice choice, const Surroundings& surroundin
 
 UserInterface::UserInterface(Display display) {
   if (display == Display::terminal) own_ = std::make_unique<TerminalRenderer>();
-  if (display == Display::windows) own_ = std::make_unique<LazyWindows>(windowRenderer);
+  if (display == Display::windows) {
+    prepareForWindows();
+    own_ = std::make_unique<LazyWindows>(windowRenderer);
+  }
   if (own_) application_ = std::make_unique<HostApplication>();
   untilStopped_ = std::make_unique<UntilStopped>(own_ ? *own_ : Renderer::standard());
   override_.emplace(*untilStopped_);

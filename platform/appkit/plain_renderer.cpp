@@ -15,7 +15,8 @@ class PlainRenderer : public Renderer {
   SavePanelAnswer run(const NSSavePanel&) override { return {}; }
   bool present(const std::shared_ptr<NSViewController>&, const std::string&) override { return false; }
   void withdraw() override {}
-  void progress(const Progress&) override {}
+  bool progress(const Progress&) override { return true; }
+  void notify(const std::string&, const std::string&) override {}
 };
 
 }  // namespace

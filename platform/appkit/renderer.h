@@ -16,11 +16,12 @@ struct SavePanelAnswer {
   std::optional<URL> url;
 };
 
-/// How far a request is. `name` is the item in work.
+/// How far a request is. `name` is the item in work, `title` what is done with it.
 struct Progress {
   std::size_t done = 0;
   std::size_t total = 0;
   std::string name;
+  std::string title;
 };
 
 /// Shows what the plain objects of this folder describe: in windows, on a terminal, or as lines. Main thread.
@@ -43,7 +44,11 @@ class Renderer {
   /// returns at once.
   virtual void withdraw() = 0;
   /// The host's only; called again and again while work goes on, and with done equal to total at its end.
-  virtual void progress(const Progress& progress) = 0;
+  /// False once the user has put away what shows it; it does not come back then.
+  virtual bool progress(const Progress& progress) = 0;
+  /// The host's only: tells on the desktop what has ended while nobody was looking; at once, or within
+  /// seconds where the desktop must start something for it.
+  virtual void notify(const std::string& title, const std::string& text) = 0;
 
   /// Plain lines on standard error; nobody to ask, so a save panel counts as cancelled and no controller is
   /// presented.

@@ -1,5 +1,7 @@
 #include "platform/appkit/window_renderer.h"
 
+#include <cstdlib>
+
 #include "platform/appkit/window_renderer_module.h"
 #include "platform/foundation/module.h"
 
@@ -16,6 +18,11 @@ Renderer* load(std::string& reason) {
 }
 
 }  // namespace
+
+void prepareForWindows() {
+  // Our windows hold still: drawing them in software is soon done, while starting the graphics driver is not.
+  setenv("GSK_RENDERER", "cairo", 0);
+}
 
 Renderer* windowRenderer(std::string& reason) {
   static std::string whyNot;

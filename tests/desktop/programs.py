@@ -97,12 +97,16 @@ def is_working(program):
     return wait_for(lambda: program.tree.find("progress bar", "Working"), "the spinner")
 
 
+def start_service(test, desktop, script, *words):
+    """A service on the bus for the length of a test; what it prints can be read."""
+    service = desktop.start(["/usr/bin/python3", "-B", str(Path(__file__).parent / script), *words],
+                            stdout=subprocess.PIPE, text=True)
+    test.addCleanup(service.stdout.close)
+    test.addCleanup(service.wait)
+    test.addCleanup(service.kill)
+    test.assertEqual(service.stdout.readline(), "ready\n")
+    return service
+
+
 def start_portal(test, desktop, *words):
-    """A portal for the length of a test; what it prints can be read."""
-    portal = desktop.start(["/usr/bin/python3", "-B", str(Path(__file__).parent / "portal.py"), *words],
-                           stdout=subprocess.PIPE, text=True)
-    test.addCleanup(portal.stdout.close)
-    test.addCleanup(portal.wait)
-    test.addCleanup(portal.kill)
-    test.assertEqual(portal.stdout.readline(), "ready\n")
-    return portal
+    return start_service(test, desktop, "portal.py", *words)

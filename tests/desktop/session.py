@@ -124,6 +124,11 @@ def active_window():
     return answer_of("xdotool", "getactivewindow").strip()
 
 
+def activate(window):
+    """Gives a window, by its number, the focus."""
+    subprocess.run(["xdotool", "windowactivate", "--sync", window], check=True, timeout=STEP_SECONDS)
+
+
 def wait_for_focus(process):
     """The number of the process's window that gets what is typed."""
     return wait_for(lambda: {active_window()}.intersection(windows(process)), "a window with the focus").pop()

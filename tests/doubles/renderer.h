@@ -32,7 +32,10 @@ class RecordingRenderer : public Renderer {
     return true;
   }
   void withdraw() override { log_.add("withdraw"); }
-  void progress(const Progress& /*progress*/) override {}
+  bool progress(const Progress& /*progress*/) override { return true; }
+  void notify(const std::string& title, const std::string& text) override {
+    log_.add("notify “" + title + "”: " + text);
+  }
 
   std::vector<NSAlert> alerts;
   std::vector<NSSavePanel> panels;

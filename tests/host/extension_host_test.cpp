@@ -88,9 +88,7 @@ class ExtensionHostTest : public testing::Test {
     }
   }
 
-  std::optional<RequestEnd> serve(ProgressDisplay progress = ProgressDisplay::hidden) {
-    return serveRequest(*handler_, files_, progress);
-  }
+  std::optional<RequestEnd> serve() { return serveRequest(*handler_, files_, nullptr); }
 
   test::TemporaryFolder folder_;
   std::vector<std::string> files_;
@@ -140,8 +138,7 @@ TEST_F(ExtensionHostTest, EndsThePictureInWorkAfterASignalAndTouchesNoFurtherOne
 
 TEST_F(ExtensionHostTest, OpensThePanelOfARequestThatHasBegun) {
   bool begunBefore = false;
-  serveRequest(*handler_, files_, ProgressDisplay::hidden,
-               [&] { begunBefore = handler_->begunOnMainThread(); });
+  serveRequest(*handler_, files_, nullptr, [&] { begunBefore = handler_->begunOnMainThread(); });
   EXPECT_TRUE(begunBefore);
 }
 
@@ -161,7 +158,7 @@ TEST_F(ExtensionHostTest, EndsAtOnceWhenASignalComesWhileAPanelIsOpen) {
   const StopSignals signals;
   Waiting panel;
   std::thread somebody;
-  const auto end = serveRequest(panel, files_, ProgressDisplay::hidden, [&somebody] {
+  const auto end = serveRequest(panel, files_, nullptr, [&somebody] {
     somebody = std::thread([] {
       std::this_thread::sleep_for(std::chrono::milliseconds(30));
       kill(getpid(), SIGTERM);
@@ -176,43 +173,20 @@ TEST_F(ExtensionHostTest, EndsAtOnceWhenASignalCameBeforeThePanelOpened) {
   const StopSignals signals;
   std::raise(SIGHUP);
   Waiting panel;
-  EXPECT_FALSE(serveRequest(panel, files_, ProgressDisplay::hidden, [] {}));
+  EXPECT_FALSE(serveRequest(panel, files_, nullptr, [] {}));
 }
 
 TEST_F(ExtensionHostTest, HandsOnWhatOpeningThePanelThrows) {
   Waiting panel;
-  EXPECT_THROW(serveRequest(panel, files_, ProgressDisplay::hidden, [] { throw UsageError("nobody"); }),
-               UsageError);
+  EXPECT_THROW(serveRequest(panel, files_, nullptr, [] { throw UsageError("nobody"); }), UsageError);
 }
 
-TEST_F(ExtensionHostTest, ShowsProgressWhereItIsWatched) {
-  struct Watched : Renderer {
-    void activate() override {}
-    void beep() override {}
-    void run(const NSAlert&) override {}
-    SavePanelAnswer run(const NSSavePanel&) override { return {}; }
-    bool present(const std::shared_ptr<NSViewController>&, const std::string&) override { return false; }
-    void withdraw() override {}
-    void progress(const Progress& progress) override {
-      drawn.push_back(progress.name);
-      if (progress.name == "b.png") second.set_value();
-    }
-    std::vector<std::string> drawn;
-    std::promise<void> second;
-  } renderer;
-  const Service<Renderer>::Override override(renderer);
-  auto secondShown = renderer.second.get_future();
-  bool waits = false;
-  handler_->whileInWork = [&](const std::string& name) {
-    if (waits && name == "b.png") secondShown.wait_for(std::chrono::seconds(30));
-  };
-  serve(ProgressDisplay::hidden);
-  EXPECT_THAT(renderer.drawn, testing::IsEmpty());
-  waits = true;
-  serve(ProgressDisplay::shown);
-  // A busy machine may draw the files before and after it as well.
-  EXPECT_THAT(renderer.drawn, testing::Contains("b.png"));
-  EXPECT_EQ(renderer.drawn.back(), "");
+TEST_F(ExtensionHostTest, TellsWhichFileIsInWork) {
+  std::vector<std::string> told;
+  serveRequest(*handler_, files_, [&told](std::size_t index, const std::string& name) {
+    told.push_back(std::to_string(index) + " " + name);
+  });
+  EXPECT_THAT(told, ElementsAre("0 a.png", "1 b.png", "2 c.png"));
 }
 
 TEST(PrincipalObject, IsMadeByTheNameInTheBundle) {

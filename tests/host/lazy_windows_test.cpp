@@ -30,7 +30,8 @@ TEST_F(LazyWindowsTest, AreNotLoadedForWhatShowsNothing) {
   LazyWindows lazy = windows(true);
   lazy.activate();
   lazy.beep();
-  lazy.progress({1, 2, "a"});
+  lazy.progress({2, 2, "", ""});
+  lazy.notify("Title", "text");
   lazy.withdraw();
   EXPECT_THAT(log_.calls(), IsEmpty());
 }
@@ -45,6 +46,13 @@ TEST_F(LazyWindowsTest, AreLoadedOnceForTheFirstThatIsShown) {
   lazy.withdraw();
   EXPECT_THAT(log_.calls(),
               ElementsAre("load", "alert", "activate", "save panel", "present “Panel”", "beep", "withdraw"));
+}
+
+TEST_F(LazyWindowsTest, AreLoadedForWorkThatGoesOn) {
+  LazyWindows lazy = windows(true);
+  lazy.progress({1, 2, "a", ""});
+  lazy.notify("Title", "text");
+  EXPECT_THAT(log_.calls(), ElementsAre("load", "notify “Title”: text"));
 }
 
 TEST_F(LazyWindowsTest, ThatCannotBeLoadedSayWhyOnceAndBecomeLines) {

@@ -1,6 +1,7 @@
 #include "platform/appkit/gtk/alert_window.h"
 
 #include "platform/appkit/gtk/button.h"
+#include "platform/appkit/gtk/close_with_escape.h"
 #include "platform/appkit/gtk/main_loop.h"
 #include "platform/appkit/gtk/text.h"
 
@@ -128,12 +129,7 @@ class AlertWindow {
       press(last_);
       return true;
     });
-    GtkEventController* keys = gtk_shortcut_controller_new();
-    gtk_shortcut_controller_add_shortcut(
-        GTK_SHORTCUT_CONTROLLER(keys),
-        gtk_shortcut_new(gtk_keyval_trigger_new(GDK_KEY_Escape, static_cast<GdkModifierType>(0)),
-                         gtk_named_action_new("window.close")));
-    gtk_widget_add_controller(GTK_WIDGET(window()), keys);
+    closeWithEscape(window());
   }
 
   const ObjectRef<GtkWindow> window_;

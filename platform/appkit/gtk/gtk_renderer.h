@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "platform/appkit/gtk/presented_window.h"
+#include "platform/appkit/gtk/progress_window.h"
 #include "platform/appkit/renderer.h"
 
 namespace ostra::gtk {
@@ -16,14 +17,20 @@ class GtkRenderer : public Renderer {
   /// A controller that was presented before leaves the screen.
   bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override;
   void withdraw() override;
-  /// Nothing yet: only a presented view tells that work goes on.
-  void progress(const Progress&) override {}
+  /// In the window of what is presented, else in one of its own. None of them comes back once it was closed,
+  /// and none comes after an alert.
+  bool progress(const Progress& progress) override;
+  void notify(const std::string& title, const std::string& text) override;
 
  private:
-  /// The presented window, when the user can see it; or null.
+  /// The window that the user can see, of what is presented or of the progress; or null.
   GtkWindow* visibleWindow() const;
+  void showProgress(const Progress& progress);
+  void endProgress();
 
   std::unique_ptr<PresentedWindow> presented_;
+  std::unique_ptr<ProgressWindow> progress_;
+  bool alerted_ = false;
 };
 
 }  // namespace ostra::gtk

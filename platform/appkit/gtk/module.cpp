@@ -35,14 +35,10 @@ void silenceRemarks() {
       nullptr, nullptr);
 }
 
-/// Our windows hold still: drawing them in software is soon done, while starting the graphics driver is not.
-void chooseDrawing() { g_setenv("GSK_RENDERER", "cairo", FALSE); }
-
 Renderer* start(std::string& reason) {
   setLocale();
   nameProgram();
   silenceRemarks();
-  chooseDrawing();
   if (gtk_init_check() == FALSE) {
     reason = "There is no display to show windows on.";
     return nullptr;

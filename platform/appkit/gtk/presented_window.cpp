@@ -8,6 +8,9 @@
 namespace ostra::gtk {
 namespace {
 
+/// The panels' own, in line with which the progress stands.
+constexpr int kProgressMargin = 20;
+
 /// A dialog of its own: what it holds is arranged by its views alone.
 GtkWindow* makeWindow(const std::string& title) {
   const std::string shown = shownText(title);
@@ -56,8 +59,12 @@ bool focusTakes(GtkWindow* window, const std::string& character) {
 }  // namespace
 
 PresentedWindow::PresentedWindow(std::shared_ptr<NSViewController> controller, const std::string& title)
-    : controller_(std::move(controller)), views_(controller_->view()), window_(makeWindow(title)) {
-  gtk_window_set_child(window(), views_.root());
+    : controller_(std::move(controller)),
+      views_(controller_->view()),
+      content_(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0)),
+      window_(makeWindow(title)) {
+  gtk_box_append(GTK_BOX(content_.get()), views_.root());
+  gtk_window_set_child(window(), content_.get());
   setSize();
   setKeys();
   onQuestion(window(), "close-request", [this] {
@@ -72,6 +79,22 @@ PresentedWindow::~PresentedWindow() { gtk_window_destroy(window()); }
 bool PresentedWindow::isVisible() const { return gtk_widget_get_visible(GTK_WIDGET(window())) == TRUE; }
 
 void PresentedWindow::hide() { gtk_widget_set_visible(GTK_WIDGET(window()), FALSE); }
+
+void PresentedWindow::showProgress(const Progress& progress) {
+  if (!progress_) {
+    progress_ = std::make_unique<ProgressView>();
+    gtk_widget_set_margin_start(progress_->root(), kProgressMargin);
+    gtk_widget_set_margin_end(progress_->root(), kProgressMargin);
+    gtk_widget_set_margin_bottom(progress_->root(), kProgressMargin);
+    gtk_box_append(GTK_BOX(content_.get()), progress_->root());
+  }
+  progress_->show(progress);
+}
+
+void PresentedWindow::endProgress() {
+  if (progress_) gtk_box_remove(GTK_BOX(content_.get()), progress_->root());
+  progress_.reset();
+}
 
 void PresentedWindow::setSize() const {
   const CGSize size = controller_->preferredContentSize();

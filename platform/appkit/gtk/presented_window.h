@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/appkit/gtk/progress_view.h"
 #include "platform/appkit/gtk/view_tree.h"
 #include "platform/appkit/view_controller.h"
 
@@ -18,6 +19,9 @@ class PresentedWindow {
   GtkWindow* window() const { return window_.get(); }
   bool isVisible() const;
   void hide();
+  /// Below the view, which is the controller's own.
+  void showProgress(const Progress& progress);
+  void endProgress();
 
  private:
   void setSize() const;
@@ -28,7 +32,9 @@ class PresentedWindow {
 
   const std::shared_ptr<NSViewController> controller_;
   const ViewTree views_;
+  ObjectRef<GtkWidget> content_;
   ObjectRef<GtkWindow> window_;
+  std::unique_ptr<ProgressView> progress_;
 };
 
 }  // namespace ostra::gtk

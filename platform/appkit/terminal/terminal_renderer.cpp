@@ -98,11 +98,15 @@ std::optional<std::string> TerminalRenderer::readLine() const {
   }
 }
 
-void TerminalRenderer::progress(const Progress& progress) {
-  if (!terminal_) return;
-  if (progress.done >= progress.total) return clearProgress();
+bool TerminalRenderer::progress(const Progress& progress) {
+  if (!terminal_) return true;
+  if (progress.done >= progress.total) {
+    clearProgress();
+    return true;
+  }
   writeText(terminal_.get(), kClearLine + barLine(progress, columnsOf(terminal_.get())));
   progressShown_ = true;
+  return true;
 }
 
 void TerminalRenderer::clearProgress() {

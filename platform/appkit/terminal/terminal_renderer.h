@@ -24,7 +24,9 @@ class TerminalRenderer : public Renderer {
   bool present(const std::shared_ptr<NSViewController>& controller, const std::string& title) override;
   void withdraw() override;
   /// Draws the bar over itself; takes it away when all is done.
-  void progress(const Progress& progress) override;
+  bool progress(const Progress& progress) override;
+  /// Nothing: whoever looks at the terminal sees that the program has ended.
+  void notify(const std::string&, const std::string&) override {}
 
  private:
   /// Puts questions on the terminal; once no answer came, none is put any more.

@@ -160,33 +160,33 @@ TEST(TerminalRenderer, PresentsNothingWithoutATerminal) {
 TEST(TerminalRenderer, CancelsASavePanelWithoutATerminal) {
   TerminalRenderer renderer("/dev/null/nothing");
   EXPECT_EQ(renderer.run(panelFor("/nowhere")).response, NSModalResponseCancel);
-  renderer.progress({1, 3, "a.png"});
+  renderer.progress({1, 3, "a.png", ""});
   renderer.beep();
 }
 
 TEST_F(TerminalTest, DrawsProgressOverItselfAndTakesItAway) {
   TerminalRenderer renderer(name_);
-  renderer.progress({0, 2, "a.png"});
+  renderer.progress({0, 2, "a.png", ""});
   EXPECT_EQ(screen(), "\r\033[K[....................] 0 of 2  a.png");
-  renderer.progress({1, 2, "b\033.png"});
+  renderer.progress({1, 2, "b\033.png", ""});
   EXPECT_EQ(screen(), "\r\033[K[##########..........] 1 of 2  b?.png");
-  renderer.progress({2, 2, ""});
+  renderer.progress({2, 2, "", ""});
   EXPECT_EQ(screen(), "\r\033[K");
-  renderer.progress({2, 2, ""});
+  renderer.progress({2, 2, "", ""});
   EXPECT_EQ(screen(), "");
 }
 
 TEST_F(TerminalTest, KeepsProgressOnOneLineOfTheTerminal) {
   TerminalRenderer renderer(name_);
-  renderer.progress({0, 10, "ein sehr länglicher Name einer Datei.png"});
+  renderer.progress({0, 10, "ein sehr länglicher Name einer Datei.png", ""});
   EXPECT_EQ(screen(), "\r\033[K[....................] 0 of 10  ein seh");
-  renderer.progress({0, 10, "ééééééééééé"});
+  renderer.progress({0, 10, "ééééééééééé", ""});
   EXPECT_EQ(screen(), "\r\033[K[....................] 0 of 10  ééééééé");
 }
 
 TEST_F(TerminalTest, PrintsAnAlertToStandardErrorBelowNoProgress) {
   TerminalRenderer renderer(name_);
-  renderer.progress({0, 2, "a.png"});
+  renderer.progress({0, 2, "a.png", ""});
   screen();
   NSAlert alert;
   alert.messageText = "Title";

@@ -1,14 +1,23 @@
 #include "platform/imageio/image_destination.h"
 
+#include <cerrno>
 #include <new>
 #include <utility>
 
+#include "platform/foundation/error.h"
 #include "platform/foundation/service.h"
 #include "platform/imageio/codec_door.h"
 #include "platform/imageio/writable_pixels.h"
 
 namespace ostra {
 namespace {
+
+/// Too little memory or time refuses nothing: whoever tries again with less to write would leave out what
+/// could have been written.
+void throwIfNoRefusal(const Fault& fault) {
+  if (fault.limit == LimitName::decodedBytes) throw std::bad_alloc();
+  if (fault.limit == LimitName::seconds) throw NSError(std::string(NSPOSIXErrorDomain), ETIMEDOUT);
+}
 
 class DoorImageDestination : public CGImageDestination {
  public:
@@ -25,9 +34,7 @@ class DoorImageDestination : public CGImageDestination {
     const auto pixels = writablePixels(*image_);
     if (!pixels) return false;
     auto answer = Service<CodecDoor>::current().encode(type_, *pixels, properties_ ? &*properties_ : nullptr);
-    // Not a refusal: whoever tries again with less to write would leave out what could have been written.
-    const auto* fault = std::get_if<Fault>(&answer);
-    if (fault != nullptr && fault->limit == LimitName::decodedBytes) throw std::bad_alloc();
+    if (const auto* fault = std::get_if<Fault>(&answer)) throwIfNoRefusal(*fault);
     auto* file = std::get_if<Bytes>(&answer);
     if (file == nullptr || file->empty()) return false;
     data_ = std::move(*file);

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -13,10 +12,24 @@ namespace {
 
 using namespace ostra::test;
 
-const Road* roadNamed(const std::string& name) {
-  const auto* found =
-      std::find_if(kRoads.begin(), kRoads.end(), [&](const Road& road) { return name == road.name; });
-  return found == kRoads.end() ? nullptr : found;
+std::vector<Road> allRoads() {
+  std::vector<Road> roads(kRoads.begin(), kRoads.end());
+  roads.insert(roads.end(), kRoadsOfFormats.begin(), kRoadsOfFormats.end());
+  return roads;
+}
+
+std::optional<Road> roadNamed(const std::string& name) {
+  for (const Road& road : allRoads()) {
+    if (name == road.name) return road;
+  }
+  return std::nullopt;
+}
+
+int printRoads(bool all) {
+  for (const Road& road : kRoads) std::puts(road.name);
+  if (!all) return 0;
+  for (const Road& road : kRoadsOfFormats) std::puts(road.name);
+  return 0;
 }
 
 int explain() {
@@ -25,7 +38,7 @@ int explain() {
       "       fault_matrices power|no-flush FOLDER ROAD IMAGE\n"
       "       fault_matrices peers FOLDER\n"
       "       fault_matrices instances FOLDER SEED\n"
-      "       fault_matrices roads\n"
+      "       fault_matrices roads [all]\n"
       "       fault_matrices ready\n"
       "status: 0 nothing lost, 1 something lost, 2 usage and other errors, 3 not possible here\n",
       stderr);
@@ -38,8 +51,8 @@ std::optional<bool> perform(const std::vector<std::string>& words) {
   if (matrix == "peers" && words.size() == 2) return runPeers(words[1]);
   if (matrix == "instances" && words.size() == 3)
     return runInstances(words[1], static_cast<unsigned>(std::strtoul(words[2].c_str(), nullptr, 10)));
-  const Road* road = words.size() > 2 ? roadNamed(words[2]) : nullptr;
-  if (road == nullptr) return std::nullopt;
+  const auto road = words.size() > 2 ? roadNamed(words[2]) : std::nullopt;
+  if (!road) return std::nullopt;
   if (matrix == "kill" && words.size() == 3) return runDeaths(*road, words[1]);
   if (matrix == "errors" && words.size() == 3) return runErrors(*road, words[1]);
   if ((matrix == "power" || matrix == "no-flush") && words.size() == 4)
@@ -52,10 +65,7 @@ std::optional<bool> perform(const std::vector<std::string>& words) {
 int main(int argc, char** argv) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (words.empty()) return explain();
-  if (words[0] == "roads") {
-    for (const Road& road : kRoads) std::puts(road.name);
-    return 0;
-  }
+  if (words[0] == "roads") return printRoads(words.size() > 1 && words[1] == "all");
   if (!canInjectFaults()) {
     std::fputs("skipped: this machine does not let a test change another program's calls\n", stderr);
     return 3;

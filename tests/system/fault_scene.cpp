@@ -1,7 +1,10 @@
 #include "tests/system/fault_scene.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 
 #include <sys/stat.h>
 
@@ -13,6 +16,16 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kSurplus = 20000;
+
+/// Bytes that mean nothing behind a picture: of a file of boxes, a free one.
+Bytes surplusOf(const Bytes& picture) {
+  Bytes surplus(kSurplus, 'x');
+  const std::string_view second(reinterpret_cast<const char*>(picture.data()) + 4, 4);
+  if (second != "ftyp" && second != "jP  ") return surplus;
+  const std::array<std::uint8_t, 8> header = {0, 0, kSurplus >> 8, kSurplus & 0xFF, 'f', 'r', 'e', 'e'};
+  std::copy(header.begin(), header.end(), surplus.begin());
+  return surplus;
+}
 
 dev_t deviceOf(const fs::path& folder) {
   struct stat status {};
@@ -66,7 +79,8 @@ void FaultScene::prepare() {
     makePicture(road_.format + (":" + source()), {"-resize", "40x30!"});
     picture_ = readFile(source());
     // Larger than what replaces it, so that a file that is overwritten is neither old nor new for a while.
-    picture_.resize(picture_.size() + kSurplus, 'x');
+    const Bytes surplus = surplusOf(picture_);
+    picture_.insert(picture_.end(), surplus.begin(), surplus.end());
   }
   writeFile(source(), picture_);
   markFile(source());

@@ -71,6 +71,7 @@ class MemoryFaults : public testing::TestWithParam<std::tuple<Road, Where>> {
   void SetUp() override {
     OSTRA_NEEDS_PROGRAM("convert");
     OSTRA_NEEDS_PROGRAM("exiftool");
+    program_.installModules();
     for (const std::string& word : road().settings) {
       if (word.starts_with('/') && !fs::exists(word)) GTEST_SKIP() << word << " is not installed";
     }
@@ -184,7 +185,12 @@ INSTANTIATE_TEST_SUITE_P(
                  {"convert-color-profile", "--profile", "Adobe RGB (1998)"},
                  "a.jpg",
                  kSmall,
-                 false}),
+                 false},
+            Road{"Gif", {"invert"}, "a.gif", kSmall, false}, Road{"Tiff", {"invert"}, "a.tif", kSmall, false},
+            Road{"Jpeg2000", {"invert"}, "a.jp2", kSmall, false},
+            Road{"Heic", {"invert"}, "a.heic", {"-resize", "32x24!"}, false},
+            Road{"Avif", {"invert"}, "a.avif", {"-resize", "32x24!"}, false},
+            Road{"WebP", {"invert"}, "a.webp", kSmall, false}),
         testing::Values(Where::program, Where::decoder)),
     [](const testing::TestParamInfo<std::tuple<Road, Where>>& test) {
       return std::string(std::get<Road>(test.param).name) +

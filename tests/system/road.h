@@ -39,4 +39,13 @@ inline constexpr std::array kRoads = {
     Road{"in-place-module", "invert", "a.tif", "a.tif", true, false, true, "TIFF"},
 };
 
+/// The same ways with pictures of further formats, for the long runs.
+inline constexpr std::array kRoadsOfFormats = {
+    Road{"in-place-gif", "invert", "a.gif", "a.gif", true, false, true, "GIF"},
+    Road{"in-place-jpeg2000", "invert", "a.jp2", "a.jp2", true, false, true, "JP2"},
+    Road{"in-place-heic", "invert", "a.heic", "a.heic", true, false, true, "HEIC"},
+    Road{"in-place-avif", "invert", "a.avif", "a.avif", true, false, true, "AVIF"},
+    Road{"sibling-of-webp", "srgb", "a.webp", "a.png", false, false, true, "WEBP"},
+};
+
 }  // namespace ostra::test

@@ -2,12 +2,13 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <new>
-#include <system_error>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/foundation/error.h"
 #include "platform/imageio/decoder/address_space.h"
 #include "platform/imageio/decoder/messages.h"
 #include "platform/imageio/decoder/next_answer.h"
@@ -36,22 +37,19 @@ std::size_t mostEncodedBytes(const DecoderTask& task, ByteView request) {
 
 /// What is told is no answer of an encoder: whoever tries again with less to write would leave out what could
 /// have been written.
-[[noreturn]] void failToReach() {
-  throw std::system_error(EIO, std::generic_category(), "the encoding process");
-}
+[[noreturn]] void failToReach() { throw NSError(std::string(NSPOSIXErrorDomain), EIO); }
 
-/// How a worker ended that was heard no more. Only a signal ends it for what a library did.
+/// How a worker ended that was heard no more. Only a signal ends it for what a library did, and not the one
+/// by which a machine that is short of memory ends a process.
 Fault faultOfEnding(const DecoderProcess& worker) {
   constexpr std::chrono::milliseconds kSoon(500);
   const auto status = worker.end(std::chrono::steady_clock::now() + kSoon);
-  if (!status || !WIFSIGNALED(*status)) failToReach();
+  if (!status || !WIFSIGNALED(*status) || WTERMSIG(*status) == SIGKILL) failToReach();
   return faultOfEnd(status);
 }
 
-}  // namespace
-
-Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels& pixels,
-                          const Properties* properties) {
+Answer<Bytes> encodeOnce(const Zygote& zygote, const Codec& codec, const Pixels& pixels,
+                         const Properties* properties) {
   const UniqueFd samples = inMemoryFile(pixels.bytes.view);
   const UniqueFd unused = makePixelFile();
   const DecoderTask task{.limits = {}, .fileSize = pixels.bytes.view.size(), .encodes = rowOf(codec)};
@@ -67,6 +65,16 @@ Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels
   if (received.silence == Channel::Silence::late) return Fault{FaultKind::limit, LimitName::seconds};
   if (received.silence == Channel::Silence::closed) return faultOfEnding(*worker);
   return encodedOf(received.message).value_or(Fault{FaultKind::crashed});
+}
+
+}  // namespace
+
+Answer<Bytes> encodeApart(const Zygote& zygote, const Codec& codec, const Pixels& pixels,
+                          const Properties* properties) {
+  Answer<Bytes> answer = encodeOnce(zygote, codec, pixels, properties);
+  const auto* fault = std::get_if<Fault>(&answer);
+  if (fault == nullptr || fault->kind == FaultKind::limit) return answer;
+  return encodeOnce(zygote, codec, pixels, properties);
 }
 
 }  // namespace ostra

@@ -1,11 +1,13 @@
 #include "platform/imageio/decoder/encoding.h"
 
+#include <csignal>
 #include <cstdlib>
-#include <system_error>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "platform/foundation/error.h"
 #include "platform/imageio/decoder/messages.h"
 #include "platform/imageio/decoder/worker_process.h"
 #include "platform/imageio/metadata/carrier.h"
@@ -84,6 +86,15 @@ Zygote::Serve encoderThat(void (*ends)()) {
   };
 }
 
+/// An encoder that aborts the first time, as one that lacks memory for a moment.
+Zygote::Serve failingOnce(const std::string& mark) {
+  return [mark](const DecoderTask& task, const Confinement& confinement) {
+    const UniqueFd first(open(mark.c_str(), O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (first) std::abort();
+    serveEncoding(task, confinement);
+  };
+}
+
 Fault faultOf(void (*ends)()) {
   const Confined confined(encoderThat(ends));
   const ReadPicture picture = somePicture();
@@ -102,8 +113,18 @@ TEST_F(EncodingApart, AnEncoderThatAbortsWroteNothing) {
 
 // Not a refusal: the picture would lose its metadata for it.
 TEST_F(EncodingApart, OneThatCannotDoItsWorkIsNoEncoderThatRefuses) {
-  EXPECT_THROW(faultOf([] { _exit(2); }), std::system_error);
-  EXPECT_THROW(faultOf([] { _exit(kServed); }), std::system_error) << "its answer was not heard";
+  EXPECT_THROW(faultOf([] { _exit(2); }), NSError);
+  EXPECT_THROW(faultOf([] { _exit(kServed); }), NSError) << "its answer was not heard";
+  EXPECT_THROW(faultOf([] { std::raise(SIGKILL); }), NSError) << "a machine short of memory does so";
+}
+
+TEST_F(EncodingApart, RefusesOnlyWhatItRefusesTwice) {
+  const test::TemporaryFolder folder;
+  const Confined confined(failingOnce(folder.path("failed")));
+  const ReadPicture picture = somePicture();
+  const Codec& codec = *codecForType("public.png");
+  EXPECT_EQ(encodeApart(confined.zygote, codec, picture.pixels, &picture.properties),
+            inThisProcess(codec, picture));
 }
 
 TEST_F(EncodingApart, OneThatMakesAProcessWroteNothing) {

@@ -78,6 +78,7 @@ bool encodeInto(GifEncoding& encoding, const Layout& layout, GifPicture& picture
   done =
       done && onWrite(gif, blocks.data(), static_cast<int>(blocks.size())) == static_cast<int>(blocks.size());
   done = done && putTransparency(gif, picture) && putFrame(gif, picture);
+  encoding.lacksMemory = encoding.lacksMemory || gif->Error == E_GIF_ERR_NOT_ENOUGH_MEM;
   return EGifCloseFile(gif, &error) == GIF_OK && done;
 }
 

@@ -13,6 +13,7 @@
 #include "platform/imageio/decoder/messages.h"
 #include "platform/imageio/decoder/next_answer.h"
 #include "platform/imageio/decoder/shared_pixels.h"
+#include "platform/imageio/decoder/standstill.h"
 
 namespace ostra {
 namespace {
@@ -60,8 +61,9 @@ Answer<Bytes> encodeOnce(const Zygote& zygote, const Codec& codec, const Pixels&
   const Bytes message = messageOf(request);
   const std::chrono::seconds time = allowEncoding(worker->id, pixels.layout, task.fileSize);
   if (!worker->channel.send(message)) return faultOfEnding(*worker);
-  const Channel::Received received =
-      worker->channel.receive(mostEncodedBytes(task, message), std::chrono::steady_clock::now() + time);
+  const auto deadline = std::chrono::steady_clock::now() + time;
+  if (!waitWhileItWorks(*worker, deadline)) return Fault{FaultKind::limit, LimitName::seconds};
+  const Channel::Received received = worker->channel.receive(mostEncodedBytes(task, message), deadline);
   if (received.silence == Channel::Silence::late) return Fault{FaultKind::limit, LimitName::seconds};
   if (received.silence == Channel::Silence::closed) return faultOfEnding(*worker);
   return encodedOf(received.message).value_or(Fault{FaultKind::crashed});

@@ -118,6 +118,17 @@ TEST_F(EncodingApart, OneThatCannotDoItsWorkIsNoEncoderThatRefuses) {
   EXPECT_THROW(faultOf([] { std::raise(SIGKILL); }), NSError) << "a machine short of memory does so";
 }
 
+// Its threads may wait for each other for ever.
+TEST_F(EncodingApart, OneThatStandsStillIsNotWaitedFor) {
+  const auto begin = std::chrono::steady_clock::now();
+  const Fault fault = faultOf([] {
+    char never = 0;
+    [[maybe_unused]] const ssize_t count = read(kChannelDescriptor, &never, 1);
+  });
+  EXPECT_EQ(fault, (Fault{FaultKind::limit, LimitName::seconds}));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2 * 28));
+}
+
 TEST_F(EncodingApart, RefusesOnlyWhatItRefusesTwice) {
   const test::TemporaryFolder folder;
   const Confined confined(failingOnce(folder.path("failed")));

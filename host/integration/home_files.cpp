@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <utility>
 
+#include <unistd.h>
+
 #include "host/message.h"
+#include "host/usage_error.h"
 #include "platform/foundation/data.h"
 #include "platform/foundation/error.h"
 #include "platform/foundation/file_reading.h"
@@ -16,12 +19,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kUnchanged = " Nothing was changed.";
 constexpr fs::perms kRunnable = fs::perms::owner_exec;
 
+/// Of no type where the system does not say.
 fs::file_status statusOf(const std::string& path) {
   std::error_code ignored;
   return fs::symlink_status(path, ignored);
 }
+
+bool isMissing(const std::string& path) { return statusOf(path).type() == fs::file_type::not_found; }
 
 std::string folderOf(const std::string& path) { return fs::path(path).parent_path().string(); }
 
@@ -76,21 +83,24 @@ bool HomeFiles::isOurs(const std::string& path) const {
 
 HomeFiles::State HomeFiles::stateOf(const MenuFile& file) const {
   const fs::file_status status = statusOf(file.name);
+  if (status.type() == fs::file_type::none) return State::unknown;
   if (status.type() == fs::file_type::not_found) return State::missing;
   if (status.type() != fs::file_type::regular) return State::notOurs;
   try {
     const bool isRunnable = (status.permissions() & kRunnable) != fs::perms::none;
     if (readText(file.name) == file.text && (isRunnable || !file.isExecutable)) return State::asWanted;
   } catch (const NSError&) {
-    return State::notOurs;
+    return State::unknown;
   }
   return isOurs(file.name) ? State::ours : State::notOurs;
 }
 
 void HomeFiles::rememberMissingFolders(const std::string& path) {
-  for (fs::path folder = fs::path(path).parent_path(); statusOf(folder).type() == fs::file_type::not_found;
-       folder = folder.parent_path()) {
-    record_.folders.insert(folder.string());
+  for (std::string folder = folderOf(path);; folder = folderOf(folder)) {
+    const fs::file_type type = statusOf(folder).type();
+    if (type == fs::file_type::none) throw UsageError("“" + folder + "” cannot be looked at." + kUnchanged);
+    if (type != fs::file_type::not_found) return;
+    record_.folders.insert(folder);
   }
 }
 
@@ -99,7 +109,8 @@ void HomeFiles::announce(const std::vector<MenuFile>& files, const std::vector<s
   bool writes = !more.empty();
   for (const MenuFile& file : files) {
     const State state = stateOf(file);
-    if (state == State::notOurs) continue;
+    states_[file.name] = state;
+    if (state == State::notOurs || state == State::unknown) continue;
     record_.files[file.name].insert(fingerprintOf(file.text));
     rememberMissingFolders(file.name);
     writes = writes || state != State::asWanted;
@@ -108,15 +119,20 @@ void HomeFiles::announce(const std::vector<MenuFile>& files, const std::vector<s
   if (!writes) return;
   rememberMissingFolders(recordFile_);
   saveRecord();
+  if (!hasFailed_) return;
+  removeOwnFolder();
+  throw UsageError(std::string("What is written cannot be recorded.") + kUnchanged);
 }
 
 void HomeFiles::write(const MenuFile& file) {
-  switch (stateOf(file)) {
+  switch (states_.at(file.name)) {
     case State::asWanted:
       record_.files[file.name] = {fingerprintOf(file.text)};
       return;
     case State::notOurs:
       return say("“" + file.name + "” is not as we wrote it, and stays as it is.");
+    case State::unknown:
+      return tellFailure(fileError(EIO, FileAccess::read, file.name).localizedDescription());
     case State::missing:
     case State::ours:
       break;
@@ -136,7 +152,7 @@ void HomeFiles::write(const MenuFile& file) {
 }
 
 void HomeFiles::remove(const std::string& path) {
-  const bool isThere = statusOf(path).type() != fs::file_type::not_found;
+  const bool isThere = !isMissing(path);
   if (isThere && !isOurs(path)) {
     say("“" + path + "” is not as we wrote it, and stays as it is.");
   } else if (isThere) {
@@ -175,10 +191,9 @@ void HomeFiles::removeEmptyFolders() {
       isEmpty = isEmpty && removed_.contains(entry.path().string());
     }
     if (!failure && isEmpty) {
-      if (!isRehearsal_) fs::remove(folder, failure);
-      if (!failure) tellRemoved(folder);
+      if (isRehearsal_ || rmdir(folder.c_str()) == 0) tellRemoved(folder);
     }
-    const bool isGone = statusOf(folder).type() == fs::file_type::not_found;
+    const bool isGone = isMissing(folder);
     if (isGone || isOver) record_.folders.erase(folder);
   }
 }
@@ -194,9 +209,13 @@ void HomeFiles::saveRecord() {
   }
 }
 
+// The folder is ours by its name: no record says so of a run that ended before it had one.
+void HomeFiles::removeOwnFolder() const {
+  if (!isRehearsal_) rmdir(folderOf(recordFile_).c_str());
+}
+
 void HomeFiles::finish() {
-  if (record_.files.empty() && !record_.madeList &&
-      statusOf(recordFile_).type() != fs::file_type::not_found) {
+  if (record_.files.empty() && !record_.madeList && !isMissing(recordFile_)) {
     std::error_code failure;
     if (!isRehearsal_) fs::remove(recordFile_, failure);
     if (!failure) removed_.insert(recordFile_);
@@ -205,7 +224,8 @@ void HomeFiles::finish() {
     }
   }
   removeEmptyFolders();
-  if (!record_.isEmpty()) saveRecord();
+  if (record_.isEmpty()) return removeOwnFolder();
+  saveRecord();
 }
 
 }  // namespace ostra

@@ -1,4 +1,5 @@
 #pragma once
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -18,7 +19,8 @@ class HomeFiles {
   HomeFiles(std::string recordFile, bool isRehearsal);
 
   /// Writes these files, named by their whole paths, and removes all others that are ours. `more` are files
-  /// that the caller is about to make itself.
+  /// that the caller is about to make itself. Throws `UsageError`, with nothing changed, when what is about
+  /// to be written cannot be recorded.
   void bring(const std::vector<MenuFile>& files, const std::vector<std::string>& more);
   /// Removes the folders that we made and that are empty by now, and saves the record.
   void finish();
@@ -34,7 +36,7 @@ class HomeFiles {
   bool hasFailed() const { return hasFailed_; }
 
  private:
-  enum class State { missing, asWanted, ours, notOurs };
+  enum class State { missing, asWanted, ours, notOurs, unknown };
   State stateOf(const MenuFile& file) const;
   bool isOurs(const std::string& path) const;
   void announce(const std::vector<MenuFile>& files, const std::vector<std::string>& more);
@@ -43,10 +45,13 @@ class HomeFiles {
   void remove(const std::string& path);
   void removeEmptyFolders();
   void saveRecord();
+  void removeOwnFolder() const;
 
   std::string recordFile_;
   bool isRehearsal_;
   IntegrationRecord record_, saved_;
+  /// What was found of the files that are wanted, before anything was changed.
+  std::map<std::string, State> states_;
   std::set<std::string> removed_;
   std::string report_;
   bool hasFailed_ = false;

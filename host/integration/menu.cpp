@@ -5,6 +5,7 @@
 
 #include "host/bundles.h"
 #include "host/integration/localized_info.h"
+#include "host/usage_error.h"
 #include "platform/imageio/codec.h"
 #include "platform/types/ut_type.h"
 
@@ -76,6 +77,7 @@ Menu readMenu(const MenuSources& sources) {
   for (const Bundle& bundle : bundlesIn(sources.bundles)) {
     if (!bundle.action().empty()) menu.entries.push_back(entryOf(bundle, sources, menu.icon));
   }
+  if (menu.entries.empty()) throw UsageError("There are no actions in “" + sources.bundles + "”.");
   return menu;
 }
 

@@ -47,8 +47,8 @@ struct MenuSources {
   std::string templates;
 };
 
-/// Throws `UsageError` when the templates are not there. Bundles that cannot be read are reported on standard
-/// error and left out.
+/// Throws `UsageError` when the templates are not there, or no bundle is. Bundles that cannot be read are
+/// reported on standard error and left out.
 Menu readMenu(const MenuSources& sources);
 
 }  // namespace ostra

@@ -283,6 +283,13 @@ TEST_F(IntegrateTest, RefusesWhereNoFileManagerIs) {
   EXPECT_TRUE(home_.snapshot().empty());
 }
 
+TEST_F(IntegrateTest, WritesNothingThatItCannotRecord) {
+  home_.write(data("ostra"), "in the way");
+  const auto before = home_.snapshot();
+  EXPECT_THAT(run(), HasSubstr("refused: "));
+  EXPECT_EQ(home_.snapshot(), before);
+}
+
 TEST_F(IntegrateTest, RefusesWhereItsRecordCannotBeRead) {
   home_.write(data("ostra/integration.plist"), "torn");
   const auto before = home_.snapshot();

@@ -92,6 +92,7 @@ TEST_F(MenuTest, MakesIdentifiersThatEveryMechanismTakes) {
 }
 
 TEST_F(MenuTest, IsForTheTypesThatAreReadUnderTheNamesThatDesktopsGiveThem) {
+  add("a", {{"NIVEQuickAction", "x"}});
   const Menu made = menu();
   for (const char* type : {"image/png", "image/jpeg", "image/tiff", "image/heif", "image/heic", "image/avif",
                            "image/webp", "image/jxl", "image/jp2", "image/x-exr", "image/x-canon-cr2",
@@ -106,7 +107,9 @@ TEST_F(MenuTest, IsForTheTypesThatAreReadUnderTheNamesThatDesktopsGiveThem) {
   EXPECT_THAT(made.extensions, Contains("nef"));
 }
 
-TEST_F(MenuTest, NeedsItsTemplates) {
+TEST_F(MenuTest, NeedsItsTemplatesAndABundle) {
+  EXPECT_THROW(menu(), UsageError);
+  add("a", {{"NIVEQuickAction", "x"}});
   EXPECT_THROW(readMenu({"/bin/ostra", folder_.path(), "/named", folder_.path("none")}), UsageError);
 }
 

@@ -114,5 +114,19 @@ TEST_F(IntegrateFaults, AnErrorFromAnyCallCanBeUndoneAndIsTold) {
   }
 }
 
+TEST_F(IntegrateFaults, AListThatSomebodyChangesMeanwhileStaysAsTheyLeftIt) {
+  prepare();
+  const std::string theirs = "<actions><action><name>Newer</name></action></actions>";
+  test::Fault pause;
+  pause.kind = test::Fault::Kind::pause;
+  pause.call = "renameat2";
+  pause.meanwhile = [&](pid_t) { home_.write(list(), theirs); };
+  const test::FaultedRun ended = run(pause);
+  ASSERT_TRUE(ended.struck);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_NE(ended.errors.find("uca.xml"), std::string::npos) << ended.errors;
+  EXPECT_EQ(home_.read(list()), theirs);
+}
+
 }  // namespace
 }  // namespace ostra

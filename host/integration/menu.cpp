@@ -36,8 +36,6 @@ std::string identifierOf(const std::string& folderName) {
   return identifier;
 }
 
-std::string orElse(std::string text, const std::string& other) { return text.empty() ? other : text; }
-
 MenuEntry entryOf(const Bundle& bundle, const MenuSources& sources, const std::string& menuIcon) {
   const std::string folderName = std::filesystem::path(bundle.folder).filename().string();
   const LocalizedInfo info(bundle.folder, bundle.info);
@@ -48,7 +46,8 @@ MenuEntry entryOf(const Bundle& bundle, const MenuSources& sources, const std::s
   entry.tooltip = info.textAt(kTooltipKey);
   // Some file managers fall over an entry without one.
   if (entry.tooltip.plain.empty()) entry.tooltip = entry.name;
-  entry.icon = orElse(info.textAt(kIconKey).plain, menuIcon);
+  entry.icon = info.textAt(kIconKey).plain;
+  if (entry.icon.empty()) entry.icon = menuIcon;
   entry.bundle = sources.namedBundles + "/" + folderName;
   return entry;
 }

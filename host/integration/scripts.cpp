@@ -24,7 +24,7 @@ std::vector<MenuFile> scriptFiles(const Menu& menu, const std::string& templates
   for (std::size_t i = 0; i < menu.entries.size(); ++i) {
     const MenuEntry& entry = menu.entries[i];
     std::string name = fileNameOf(entry.name);
-    if (!taken.insert(name).second) name += " (" + entry.identifier + ")";
+    if (!taken.insert(name).second) name.append(" (").append(entry.identifier).append(")");
     files.push_back({folder + "/" + name, fillTemplateFile(templates, "script.in", values.entries[i]), true});
   }
   return files;

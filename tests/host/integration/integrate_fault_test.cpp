@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -114,18 +115,26 @@ TEST_F(IntegrateFaults, AnErrorFromAnyCallCanBeUndoneAndIsTold) {
   }
 }
 
+// Before the new list is written, and before it takes the old one's place.
 TEST_F(IntegrateFaults, AListThatSomebodyChangesMeanwhileStaysAsTheyLeftIt) {
-  prepare();
   const std::string theirs = "<actions><action><name>Newer</name></action></actions>";
-  test::Fault pause;
-  pause.kind = test::Fault::Kind::pause;
-  pause.call = "renameat2";
-  pause.meanwhile = [&](pid_t) { home_.write(list(), theirs); };
-  const test::FaultedRun ended = run(pause);
-  ASSERT_TRUE(ended.struck);
-  EXPECT_EQ(ended.status, 1);
-  EXPECT_NE(ended.errors.find("uca.xml"), std::string::npos) << ended.errors;
-  EXPECT_EQ(home_.read(list()), theirs);
+  for (const auto& [call, at] : {std::pair{"fallocate", 2}, std::pair{"renameat2", 0}}) {
+    prepare();
+    test::Fault pause;
+    pause.kind = test::Fault::Kind::pause;
+    pause.call = call;
+    pause.at = static_cast<std::size_t>(at);
+    bool listWasOld = false;
+    pause.meanwhile = [&](pid_t) {
+      listWasOld = home_.read(list()) == kList;
+      home_.write(list(), theirs);
+    };
+    const test::FaultedRun ended = run(pause);
+    ASSERT_TRUE(ended.struck && listWasOld) << call;
+    EXPECT_EQ(ended.status, 1) << call;
+    EXPECT_NE(ended.errors.find("uca.xml"), std::string::npos) << ended.errors;
+    EXPECT_EQ(home_.read(list()), theirs) << call;
+  }
 }
 
 }  // namespace

@@ -61,6 +61,8 @@ class StaticFiles(unittest.TestCase):
         self.assertEqual(menu.get_string_list("Desktop Entry", "Actions"), self.bundles)
         for bundle in self.bundles:
             self.assert_runs(menu.get_string("Desktop Action " + bundle, "Exec"), bundle)
+        self.assertEqual(menu.get_locale_string("Desktop Entry", "X-KDE-Submenu", "de"), "Bild umwandeln")
+        self.assertEqual(menu.get_locale_string("Desktop Action invert", "Name", "de"), "Farben umkehren")
 
     def test_every_bundle_is_a_file_managers_action_in_the_menu(self):
         folder = self.made / "file-manager/actions"

@@ -43,7 +43,7 @@ DesktopFolders desktopFolders() {
 std::string firstFile(const std::vector<std::string>& folders, const std::string& name) {
   std::error_code ignored;
   for (const std::string& folder : folders) {
-    const std::string path = std::filesystem::path(folder) / name;
+    std::string path = std::filesystem::path(folder) / name;
     if (std::filesystem::is_regular_file(path, ignored)) return path;
   }
   return "";

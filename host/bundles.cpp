@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "host/data_folder.h"
 #include "host/message.h"
 #include "host/usage_error.h"
 #include "platform/foundation/bundle.h"
@@ -53,14 +54,7 @@ Bundle readBundle(const std::string& folder) {
   }
 }
 
-std::string bundlesFolder() {
-  std::error_code ignored;
-  const fs::path program = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-  for (const fs::path& folder : {program / "bundles", program / "../share/ostra/bundles"}) {
-    if (fs::is_directory(folder, ignored)) return folder.string();
-  }
-  return OSTRA_BUNDLES_FOLDER;
-}
+std::string bundlesFolder() { return dataFolder("bundles"); }
 
 std::vector<Bundle> bundlesIn(const std::string& folder) {
   std::vector<Bundle> bundles;

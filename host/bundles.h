@@ -22,8 +22,7 @@ struct Bundle {
 /// Throws `UsageError` when the folder has no property list that can be read.
 Bundle readBundle(const std::string& folder);
 
-/// The folder of the program's own bundles: beside the executable in a build, in the shared data once
-/// installed.
+/// The folder of the program's own bundles.
 std::string bundlesFolder();
 /// The bundles in a folder, by name. One that cannot be read is reported on standard error and left out.
 std::vector<Bundle> bundlesIn(const std::string& folder);

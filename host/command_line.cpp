@@ -18,7 +18,7 @@ constexpr const char* kSeeHelp = " See “ostra --help”.";
 struct Parsed {
   std::string userInterface = "auto";
   std::optional<std::string> bundle, filesFrom, profile;
-  bool verbose = false, version = false, help = false;
+  bool verbose = false, version = false, help = false, remove = false, isRehearsal = false;
   Words words;
 };
 
@@ -39,6 +39,8 @@ Parsed parseOptions(const Words& arguments) {
   addText(app, "--files-from", parsed.filesFrom);
   addText(app, "--profile", parsed.profile);
   app.add_flag("--verbose", parsed.verbose);
+  app.add_flag("--remove", parsed.remove);
+  app.add_flag("--dry-run", parsed.isRehearsal);
   app.add_flag("--version", parsed.version);
   app.add_flag("--help", parsed.help);
 
@@ -75,13 +77,6 @@ UserInterfaceChoice userInterfaceNamed(const std::string& name) {
   return found->second;
 }
 
-void refuseWhatIsNotThereYet(const Parsed& parsed) {
-  const std::string word = !parsed.bundle && !parsed.words.empty() ? parsed.words.front() : "";
-  if (word == "integrate") {
-    throw UsageError("This version does not have the command “" + word + "” yet.");
-  }
-}
-
 CommandLine conversion(const Parsed& parsed) {
   CommandLine line;
   line.bundle = parsed.bundle;
@@ -104,10 +99,11 @@ CommandLine commandOnly(CommandLine::Command command) {
 }
 
 /// The command that a word in the action's place stands for, if it is none.
-std::optional<CommandLine::Command> listingNamed(const std::string& word) {
+std::optional<CommandLine::Command> commandNamed(const std::string& word) {
   if (word == "list") return CommandLine::Command::list;
   if (word == "profiles") return CommandLine::Command::profiles;
   if (word == "formats") return CommandLine::Command::formats;
+  if (word == "integrate") return CommandLine::Command::integrate;
   return std::nullopt;
 }
 
@@ -117,14 +113,19 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
   const Parsed parsed = parseOptions(arguments);
   if (parsed.help) return commandOnly(CommandLine::Command::help);
   if (parsed.version) return commandOnly(CommandLine::Command::version);
-  refuseWhatIsNotThereYet(parsed);
   refuseUnknownOptions(arguments, parsed.words);
   CommandLine line = conversion(parsed);
-  const auto listing = listingNamed(line.action);
-  if (!listing) return line;
+  const auto command = commandNamed(line.action);
+  if (command != CommandLine::Command::integrate && (parsed.remove || parsed.isRehearsal)) {
+    throw UsageError("--remove and --dry-run are for “ostra integrate” only.");
+  }
+  if (!command) return line;
   if (!line.files.empty()) throw UsageError("“ostra " + line.action + "” takes no further words.");
   if (line.profile) throw UsageError("“ostra " + line.action + "” takes no --profile.");
-  return commandOnly(*listing);
+  CommandLine only = commandOnly(*command);
+  only.remove = parsed.remove;
+  only.isRehearsal = parsed.isRehearsal;
+  return only;
 }
 
 std::string helpText() {
@@ -138,6 +139,10 @@ std::string helpText() {
                                installed ones
   ostra formats                lists the formats of pictures, a line each, the
                                fields separated by tabs
+  ostra integrate              puts the actions into the menus of the file
+                               managers that are installed, for this user
+    --remove                   takes them away again
+    --dry-run                  tells what would be written or removed
 
   --profile NAME        answers convert-color-profile, which asks otherwise
   --files-from=FILE|-   reads further paths, separated by NUL, from a file or

@@ -9,7 +9,7 @@ enum class UserInterfaceChoice { automatic, desktop, terminal, none };
 
 /// What the user asked for. For a conversion either `action` or `bundle` is given; the files may be none.
 struct CommandLine {
-  enum class Command { convert, list, profiles, formats, help, version };
+  enum class Command { convert, list, profiles, formats, integrate, help, version };
 
   Command command = Command::convert;
   std::string action;
@@ -21,6 +21,8 @@ struct CommandLine {
   std::optional<std::string> profile;
   UserInterfaceChoice userInterface = UserInterfaceChoice::automatic;
   bool verbose = false;
+  /// For `integrate`: take the entries away; only tell what would be done.
+  bool remove = false, isRehearsal = false;
 };
 
 /// Reads the arguments after the program's name. Words after `--` are never options. Throws `UsageError`.

@@ -6,6 +6,7 @@
 #include "host/conversion.h"
 #include "host/exit_status.h"
 #include "host/formats.h"
+#include "host/integration/integrate.h"
 #include "host/message.h"
 #include "host/process.h"
 #include "host/version.h"
@@ -25,6 +26,8 @@ int perform(const ostra::CommandLine& line) {
       return listProfiles();
     case CommandLine::Command::formats:
       return print(formatList());
+    case CommandLine::Command::integrate:
+      return integrate({.remove = line.remove, .isRehearsal = line.isRehearsal});
     case CommandLine::Command::convert: {
       const ConfinedDecoding confined;
       return performAction(line);

@@ -19,10 +19,26 @@ std::optional<std::string> folderIn(const char* variable) {
   return value;
 }
 
-std::optional<std::string> programFolder(const char* variable, std::string_view underHome) {
-  if (auto folder = folderIn(variable)) return folder->append(kProgram);
-  if (auto home = folderIn("HOME")) return home->append(underHome).append(kProgram);
+std::optional<std::string> userFolder(const char* variable, std::string_view underHome) {
+  if (auto folder = folderIn(variable)) return folder;
+  if (auto home = folderIn("HOME")) return home->append(underHome);
   return std::nullopt;
+}
+
+std::optional<std::string> programFolder(const char* variable, std::string_view underHome) {
+  auto folder = userFolder(variable, underHome);
+  if (folder) folder->append(kProgram);
+  return folder;
+}
+
+std::vector<std::string> foldersIn(const char* variable, const char* otherwise) {
+  const char* named = std::getenv(variable);
+  std::istringstream list(named != nullptr && *named != '\0' ? named : otherwise);
+  std::vector<std::string> folders;
+  for (std::string folder; std::getline(list, folder, ':');) {
+    if (folder.starts_with('/')) folders.push_back(std::move(folder));
+  }
+  return folders;
 }
 
 bool makeFolder(const std::string& folder) { return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST; }
@@ -33,20 +49,14 @@ std::optional<std::string> settingsFolder() { return programFolder("XDG_CONFIG_H
 
 std::optional<std::string> cacheFolder() { return programFolder("XDG_CACHE_HOME", "/.cache"); }
 
-std::optional<std::string> userDataFolder() {
-  if (auto folder = folderIn("XDG_DATA_HOME")) return folder;
-  if (auto home = folderIn("HOME")) return home->append("/.local/share");
-  return std::nullopt;
-}
+std::optional<std::string> userConfigFolder() { return userFolder("XDG_CONFIG_HOME", "/.config"); }
+
+std::vector<std::string> systemConfigFolders() { return foldersIn("XDG_CONFIG_DIRS", "/etc/xdg"); }
+
+std::optional<std::string> userDataFolder() { return userFolder("XDG_DATA_HOME", "/.local/share"); }
 
 std::vector<std::string> systemDataFolders() {
-  const char* named = std::getenv("XDG_DATA_DIRS");
-  std::istringstream list(named != nullptr && *named != '\0' ? named : "/usr/local/share:/usr/share");
-  std::vector<std::string> folders;
-  for (std::string folder; std::getline(list, folder, ':');) {
-    if (folder.starts_with('/')) folders.push_back(std::move(folder));
-  }
-  return folders;
+  return foldersIn("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
 }
 
 bool makeFolders(const std::string& folder) {

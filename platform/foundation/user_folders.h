@@ -10,6 +10,11 @@ namespace ostra {
 std::optional<std::string> settingsFolder();
 std::optional<std::string> cacheFolder();
 
+/// The folder of the user's settings of all programs, and the folders of the system's in their order
+/// ($XDG_CONFIG_DIRS or /etc/xdg). They need not exist.
+std::optional<std::string> userConfigFolder();
+std::vector<std::string> systemConfigFolders();
+
 /// The folder of the user's own shared data ($XDG_DATA_HOME or ~/.local/share), and those of the system's in
 /// their order ($XDG_DATA_DIRS or /usr/local/share and /usr/share). They need not exist.
 std::optional<std::string> userDataFolder();

@@ -11,7 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using Command = CommandLine::Command;
 
 /// The sentence that refuses the arguments, or "accepted".
@@ -133,18 +132,25 @@ TEST(CommandLine, KnowsTheListOfProfiles) {
   EXPECT_EQ(parseCommandLine({"--bundle=/b", "profiles"}).command, Command::convert);
 }
 
-TEST(CommandLine, SaysOfCommandsToComeThatTheyAreNotThereYet) {
-  EXPECT_THAT(refusal({"integrate"}), HasSubstr("does not have the command"));
-  EXPECT_THAT(refusal({"integrate", "--remove"}), HasSubstr("does not have the command"));
+TEST(CommandLine, KnowsTheIntegrationAndItsOptions) {
+  const CommandLine plain = parseCommandLine({"integrate"});
+  EXPECT_EQ(plain.command, Command::integrate);
+  EXPECT_FALSE(plain.remove || plain.isRehearsal);
+  EXPECT_TRUE(parseCommandLine({"integrate", "--remove"}).remove);
+  EXPECT_TRUE(parseCommandLine({"--dry-run", "integrate"}).isRehearsal);
+  EXPECT_THAT(refusal({"integrate", "a.png"}), HasSubstr("no further words"));
+  EXPECT_THAT(refusal({"srgb", "--remove", "a.png"}), HasSubstr("for “ostra integrate” only"));
+  EXPECT_THAT(refusal({"--bundle=/b", "--dry-run", "a.png"}), HasSubstr("for “ostra integrate” only"));
+  EXPECT_THAT(refusal({"list", "--remove"}), HasSubstr("for “ostra integrate” only"));
+  EXPECT_EQ(parseCommandLine({"--bundle=/b", "integrate"}).command, Command::convert);
 }
 
 TEST(CommandLine, AdvertisesOnlyWhatIsThere) {
   const std::string help = helpText();
   for (const char* word : {"--bundle", "--files-from", "--ui", "--verbose", "--version", "list", "profiles",
-                           "formats", "--profile NAME"}) {
+                           "formats", "--profile NAME", "integrate", "--remove", "--dry-run"}) {
     EXPECT_THAT(help, HasSubstr(word));
   }
-  EXPECT_THAT(help, Not(HasSubstr("integrate")));
 }
 
 }  // namespace

@@ -54,7 +54,8 @@ const std::vector<FormatPeer>& formatPeers() {
        "png", kLossy, true},
       {"avif", " avif avifs ",
        [](const std::string& from, const std::string& to) {
-         return Words{"avifdec", "--no-strict", "-d", "16", from, to};
+         // It cannot write a gray profile into a PNG.
+         return Words{"avifdec", "--ignore-icc", "--no-strict", "-d", "16", from, to};
        },
        "png", kLossy},
       {"jp2", " jp2 j2k j2c jpx jpf ",

@@ -27,7 +27,7 @@ TEST(PlainRenderer, CountsASavePanelAsCancelledWithoutAWord) {
 
 TEST(PlainRenderer, DrawsNoProgressAndMakesNoNoise) {
   testing::internal::CaptureStderr();
-  Renderer::standard().progress({1, 3, "a.png"});
+  Renderer::standard().progress({1, 3, "a.png", ""});
   Renderer::standard().beep();
   Renderer::standard().activate();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

@@ -28,8 +28,9 @@ from started import all_started, wait_for_end, wait_for_start  # noqa: E402
 PROFILE = ("Convert Color Profile", 1)
 GERMAN_PROFILE = ("Farbprofil umwandeln", 1)
 GRAYSCALE = ("Convert to Grayscale", 2)
-# More than a pipe holds. Thunar itself takes minutes to show ten times as many.
-MANY = {"thunar": 2000}
+# More than a pipe holds at the least. Caja and Thunar themselves take many minutes to show ten times as many, and the
+# machines that try every change have not the time for it with any.
+MANY = 2000 if os.environ.get("CI") or sys.argv[1] in ("caja", "thunar") else 20_000
 
 
 def setUpModule():
@@ -103,9 +104,7 @@ class Menu(unittest.TestCase):
             self.assertIn("/usr/share/ostra/bundles/convert-color-profile", wait_for_start().words())
 
     def test_hands_over_very_many_pictures(self):
-        if self.manager not in MANY:
-            self.skipTest("another file manager takes this road")
-        make_many(self.folder, MANY[self.manager])
+        make_many(self.folder, MANY)
         with self.shown() as manager:
             manager.open_menu()
             self.assertTrue(manager.offers_conversions())
@@ -116,7 +115,7 @@ class Menu(unittest.TestCase):
             wait_for(manager.answers, "the file manager's answer")
             first = Path(paths[0])
             wait_for(lambda: is_gray(first), "the first gray picture", START_SECONDS)
-        self.assertEqual(len(paths), MANY[self.manager])
+        self.assertEqual(len(paths), MANY)
         self.assertEqual(sorted(map(Path, paths)), sorted(self.folder.iterdir()))
 
 

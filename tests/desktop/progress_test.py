@@ -97,7 +97,8 @@ class ProgressOfWork(unittest.TestCase):
             pause(program, 9)
             self.assertFalse(program.has_ended(), "nothing was left to do: the pictures are too small")
             self.assertEqual(program.status(), 0)
-        self.assertEqual(service.stdout.readline(),
+        service.terminate()
+        self.assertEqual(service.stdout.read(),
                          f"Ostra|org.ostra.Ostra|silent|{TITLE}|All 30 pictures are done.\n")
         self.assertEqual([p for p in self.pictures if not self.is_gray(p)], [])
 

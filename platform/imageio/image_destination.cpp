@@ -16,7 +16,7 @@ namespace {
 /// could have been written.
 void throwIfNoRefusal(const Fault& fault) {
   if (fault.limit == LimitName::decodedBytes) throw std::bad_alloc();
-  if (fault.limit == LimitName::seconds) throw NSError(std::string(NSPOSIXErrorDomain), ETIMEDOUT);
+  if (fault.limit == LimitName::seconds) throw NSError(std::string(NSPOSIXErrorDomain), ETIME);
 }
 
 class DoorImageDestination : public CGImageDestination {

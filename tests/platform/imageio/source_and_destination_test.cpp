@@ -1,9 +1,12 @@
+#include <cerrno>
 #include <cmath>
 #include <filesystem>
+#include <new>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/foundation/error.h"
 #include "platform/foundation/service.h"
 #include "platform/imageio/decoding_notice.h"
 #include "platform/imageio/image_destination.h"
@@ -201,6 +204,49 @@ TEST(Destinations, TellWhatTheColoursMean) {
   const Bytes jpeg =
       written(image(Bytes(12), 2, 2, 8, 3, CGImageAlphaInfo::none, kCGColorSpaceSRGB), "public.jpeg");
   EXPECT_TRUE(std::holds_alternative<IccProfile>(decoded(jpeg).profile));
+}
+
+/// A door whose writers give the same answer always.
+class AnsweringDoor : public CodecDoor {
+ public:
+  explicit AnsweringDoor(const Fault& fault) : fault_(fault) {}
+  Answer<std::unique_ptr<Reader>> open(UniqueFd /*file*/, const Limits& /*limits*/) override {
+    return fault_;
+  }
+  Answer<Bytes> encode(std::string_view /*type*/, const Pixels& /*pixels*/,
+                       const Properties* /*properties*/) override {
+    return fault_;
+  }
+  std::set<std::string> writable() const override { return {"public.png"}; }
+
+ private:
+  Fault fault_;
+};
+
+Bytes writtenThrough(const Fault& fault) {
+  AnsweringDoor door(fault);
+  const Service<CodecDoor>::Override override(door);
+  return written(image(Bytes(4, 9), 2, 2, 8, 1, CGImageAlphaInfo::none, kCGColorSpaceGenericGrayGamma2_2));
+}
+
+TEST(Destinations, TakeAWritersFaultForARefusal) {
+  for (const FaultKind kind :
+       {FaultKind::missing, FaultKind::damaged, FaultKind::crashed, FaultKind::forbidden}) {
+    EXPECT_TRUE(writtenThrough({kind}).empty());
+  }
+  EXPECT_TRUE(writtenThrough({FaultKind::limit, LimitName::metadataBytes}).empty());
+}
+
+// A second attempt with less to write would lose what could have been written.
+TEST(Destinations, TakeLackOfMemoryAndTimeForTheFailureOfTheFile) {
+  EXPECT_THROW(writtenThrough({FaultKind::limit, LimitName::decodedBytes}), std::bad_alloc);
+  try {
+    writtenThrough({FaultKind::limit, LimitName::seconds});
+    FAIL() << "a refusal";
+  } catch (const NSError& error) {
+    EXPECT_EQ(error.domain(), NSPOSIXErrorDomain);
+    EXPECT_EQ(error.code(), ETIME);
+  }
 }
 
 }  // namespace

@@ -72,6 +72,19 @@ std::optional<ProgressReporter> makeReporter(Display display, const CommandLine&
   return std::optional<ProgressReporter>(std::in_place, work);
 }
 
+/// Serves the request, with a reporter where somebody watches; how that went is noted in `work`.
+std::optional<RequestEnd> serveReported(NSExtensionRequestHandling& principal,
+                                        const std::vector<std::string>& files,
+                                        std::optional<ProgressReporter> reporter,
+                                        const std::function<void()>& openPanel, FinishedWork& work) {
+  auto end = serveRequest(principal, files, reporter ? reporter->itemBegan() : nullptr, openPanel);
+  if (reporter) {
+    work.duration = reporter->worked();
+    work.wasPutAway = reporter->wasPutAway();
+  }
+  return end;
+}
+
 }  // namespace
 
 int listProfiles() { return print(panelChoices(std::make_shared<OstraQuickActionProfileViewController>())); }
@@ -91,17 +104,8 @@ int performAction(const CommandLine& line) {
 
   const StopSignals stopSignals;
   FinishedWork work{bundle.displayName(), files.size()};
-  const auto end = [&] {
-    const auto reporter =
-        makeReporter(display, line, {work.items, work.title, patienceOf(display, files.size())});
-    const auto itemBegan = reporter ? reporter->itemBegan() : nullptr;
-    auto requestEnd = serveRequest(*principal, files, itemBegan, openPanel);
-    if (reporter) {
-      work.duration = reporter->worked();
-      work.wasPutAway = reporter->wasPutAway();
-    }
-    return requestEnd;
-  }();
+  const ReportedWork reported{work.items, work.title, patienceOf(display, files.size())};
+  const auto end = serveReported(*principal, files, makeReporter(display, line, reported), openPanel, work);
   const auto signal = StopSignals::received();
   if (end && !signal) tell(*end, work);
   if (!signal) tidy(files);

@@ -29,6 +29,18 @@ void HomeFolder::install(const std::string& fileManager) const {
   write(system("/bin/" + fileManager), "#!/bin/sh\n", 0755);
 }
 
+std::vector<std::string> HomeFolder::environment(const std::string& locale) const {
+  // A folder that is given relatively counts for nothing.
+  return {"HOME=" + home(),
+          "XDG_DATA_HOME=",
+          "XDG_CONFIG_HOME=relative",
+          "XDG_DATA_DIRS=" + system("/share"),
+          "XDG_CONFIG_DIRS=" + system("/etc"),
+          "PATH=" + system("/bin"),
+          "LANGUAGE=",
+          "LC_ALL=" + locale};
+}
+
 std::map<std::string, std::string> HomeFolder::snapshot() const {
   std::map<std::string, std::string> found;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(home())) {

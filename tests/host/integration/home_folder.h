@@ -1,6 +1,7 @@
 #pragma once
 #include <map>
 #include <string>
+#include <vector>
 
 #include "tests/support/temporary_folder.h"
 
@@ -16,6 +17,8 @@ class HomeFolder {
   void write(const std::string& path, const std::string& text, unsigned mode = 0644) const;
   std::string read(const std::string& path) const;
   void install(const std::string& fileManager) const;
+  /// What a program needs so that it sees nothing but this home and this system.
+  std::vector<std::string> environment(const std::string& locale = "C.UTF-8") const;
 
   /// Everything in the home by path: kind, mode, and contents or target.
   std::map<std::string, std::string> snapshot() const;

@@ -44,13 +44,7 @@ class IntegrateFaults : public testing::Test {
     injection.armedBy = "thunar-action.in";
     injection.fault = fault;
     test::ProgramOptions options;
-    options.environment = {"HOME=" + home_.home(),
-                           "XDG_DATA_HOME=",
-                           "XDG_CONFIG_HOME=",
-                           "XDG_DATA_DIRS=" + home_.system("/share"),
-                           "XDG_CONFIG_DIRS=" + home_.system("/etc"),
-                           "PATH=" + home_.system("/bin"),
-                           "LC_ALL=C.UTF-8"};
+    options.environment = home_.environment();
     std::vector<std::string> words{OSTRA_PROGRAM, "integrate"};
     if (!option.empty()) words.push_back(option);
     return test::runWithFault(words, injection, options);

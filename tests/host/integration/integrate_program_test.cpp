@@ -20,14 +20,7 @@ class IntegrateProgramTest : public testing::Test {
   ProgramResult ostra(std::vector<std::string> arguments, const std::string& locale = "C.UTF-8") {
     arguments.insert(arguments.begin(), OSTRA_PROGRAM);
     test::ProgramOptions options;
-    options.environment = {"HOME=" + home_.home(),
-                           "XDG_DATA_HOME=",
-                           "XDG_CONFIG_HOME=relative",
-                           "XDG_DATA_DIRS=" + home_.system("/share"),
-                           "XDG_CONFIG_DIRS=" + home_.system("/etc"),
-                           "PATH=" + home_.system("/bin"),
-                           "LANGUAGE=",
-                           "LC_ALL=" + locale};
+    options.environment = home_.environment(locale);
     return test::runProgram(arguments, options);
   }
   test::HomeFolder home_;

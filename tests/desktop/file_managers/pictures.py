@@ -3,7 +3,8 @@ import subprocess
 
 from session import STEP_SECONDS
 
-AWKWARD_NAMES = ["a b.png", "it's \"so\".jpg", "ü ñ Łódź.png", "100 %s%20%n.png", "-dash.jpg", "$(id);&.png"]
+AWKWARD_NAMES = ["a b.png", "it's \"so\".jpg", "ü ñ Łódź.png", "100 %s%20%n.png", "-dash.jpg", "$(id);&.png",
+                 "two\nlines.png"]
 
 
 def _convert(*words):

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "platform/graphics/calibrated_space.h"
+#include "platform/graphics/high_dynamic_range.h"
 #include "platform/graphics/named_spaces.h"
 
 namespace ostra {
@@ -45,6 +46,17 @@ constexpr TransferRow transferRows[] = {
     {8, false, {0x10000}},   {13, true, {0x26666, 0xF2A7, 0x0D59, 0x13D0, 0x0A5B}},
 };
 
+/// Signals whose light goes beyond white, also of ITU-T H.273, table 3.
+struct HighRangeRow {
+  unsigned number;
+  std::string_view rgb2020, rgb, gray;
+  std::vector<std::uint16_t> (*curve)();
+};
+constexpr HighRangeRow highRangeRows[] = {
+    {16, "Rec. ITU-R BT.2100 PQ", "Calibrated RGB PQ", "Calibrated Gray PQ", perceptualQuantizerCurve},
+    {18, "Rec. ITU-R BT.2100 HLG", "Calibrated RGB HLG", "Calibrated Gray HLG", hybridLogGammaCurve},
+};
+
 template <class Row, std::size_t count>
 const Row* find(const Row (&rows)[count], unsigned number) {
   const auto* found =
@@ -65,22 +77,35 @@ std::string_view nameOf(unsigned primaries, unsigned transfer) {
   return {};
 }
 
+CGColorSpaceRef spaceOfHighRange(const HighRangeRow& row, unsigned primaries, ProfileNumbers numbers) {
+  constexpr unsigned bt2020 = 9;
+  numbers.description = !numbers.colorants ? row.gray : primaries == bt2020 ? row.rgb2020 : row.rgb;
+  const std::vector<std::uint16_t> curve = row.curve();
+  numbers.table = curve;
+  if (numbers.colorants)
+    numbers.codePoints = {static_cast<std::uint8_t>(primaries), static_cast<std::uint8_t>(row.number)};
+  return CGColorSpace::createWithICCData(writeProfile(numbers));
+}
+
 }  // namespace
 
 CGColorSpaceRef spaceOfCodePoints(unsigned primaries, unsigned transfer, CGColorSpaceModel model) {
-  const TransferRow* const curve = find(transferRows, transfer);
   const PrimariesRow* const light = find(primariesRows, primaries);
   const bool gray = model == CGColorSpaceModel::monochrome;
-  if (curve == nullptr || (light == nullptr && !gray)) return nullptr;
+  if (light == nullptr && !gray) return nullptr;
   constexpr unsigned sRGBCurve = 13;
   if (gray && transfer == sRGBCurve) return namedSpace(kCGColorSpaceGenericGrayGamma2_2);
   if (const auto name = nameOf(primaries, transfer); !gray && !name.empty()) return namedSpace(name);
   ProfileNumbers numbers;
+  numbers.white = gray ? d65 : light->white;
+  if (!gray) numbers.colorants = colorantsOf(light->white, light->primaries);
+  if (const HighRangeRow* const row = find(highRangeRows, transfer))
+    return spaceOfHighRange(*row, primaries, numbers);
+  const TransferRow* const curve = find(transferRows, transfer);
+  if (curve == nullptr) return nullptr;
   numbers.description = gray ? "Calibrated Gray" : "Calibrated RGB";
   numbers.curve = curve->curve;
   numbers.curveHasToe = curve->toe;
-  numbers.white = gray || light == nullptr ? d65 : light->white;
-  if (!gray) numbers.colorants = colorantsOf(light->white, light->primaries);
   return CGColorSpace::createWithICCData(writeProfile(numbers));
 }
 

@@ -52,7 +52,15 @@ Bytes xyzTag(const std::array<std::int32_t, 3>& xyz) {
   return tag;
 }
 
+Bytes tableTag(std::span<const std::uint16_t> table) {
+  Bytes tag = tagOfType(iccSignature("curv"));
+  put32(tag, static_cast<std::uint32_t>(table.size()));
+  for (const std::uint16_t light : table) put16(tag, light);
+  return tag;
+}
+
 Bytes curveTag(const ProfileNumbers& numbers) {
+  if (!numbers.table.empty()) return tableTag(numbers.table);
   Bytes tag = tagOfType(iccSignature("para"));
   put16(tag, numbers.curveHasToe ? 3 : 0);
   put16(tag, 0);
@@ -65,6 +73,13 @@ Bytes adaptationTag(const std::array<double, 2>& white) {
   const Matrix3 matrix = adaptationToD50(white).value_or(Matrix3{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
   for (const auto& row : matrix)
     for (const double value : row) put32(tag, static_cast<std::uint32_t>(fixedWord(value)));
+  return tag;
+}
+
+/// Of full-range RGB.
+Bytes codePointsTag(const std::array<std::uint8_t, 2>& codePoints) {
+  Bytes tag = tagOfType(iccSignature("cicp"));
+  tag.insert(tag.end(), {codePoints[0], codePoints[1], 0, 1});
   return tag;
 }
 
@@ -86,16 +101,17 @@ Tags tagsOf(const ProfileNumbers& numbers) {
   tags.emplace_back(iccSignature("bXYZ"), xyzTag({c[6], c[7], c[8]}));
   for (const std::uint32_t name : {iccSignature("rTRC"), iccSignature("gTRC"), iccSignature("bTRC")})
     tags.emplace_back(name, curveTag(numbers));
+  if (numbers.codePoints) tags.emplace_back(iccSignature("cicp"), codePointsTag(*numbers.codePoints));
   return tags;
 }
 
-Bytes header(bool gray) {
+Bytes header(const ProfileNumbers& numbers) {
   Bytes out;
   put32(out, 0);  // the size, once known
   put32(out, 0);
-  put32(out, 0x04300000);
+  put32(out, numbers.codePoints ? 0x04400000 : 0x04300000);
   put32(out, iccSignature("mntr"));
-  put32(out, gray ? iccSignature("GRAY") : iccSignature("RGB "));
+  put32(out, numbers.colorants ? iccSignature("RGB ") : iccSignature("GRAY"));
   put32(out, iccSignature("XYZ "));
   for (const std::uint32_t part : {2020u, 1u, 1u, 0u, 0u, 0u}) put16(out, part);
   put32(out, iccSignature("acsp"));
@@ -131,7 +147,7 @@ std::optional<Matrix3> adaptationToD50(const std::array<double, 2>& white) {
 
 Bytes writeProfile(const ProfileNumbers& numbers) {
   const Tags tags = tagsOf(numbers);
-  Bytes out = header(!numbers.colorants);
+  Bytes out = header(numbers);
   put32(out, static_cast<std::uint32_t>(tags.size()));
   std::size_t end = out.size() + 12 * tags.size(), start = end;
   Bytes contents;

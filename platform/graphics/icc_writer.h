@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "platform/foundation/bytes.h"
@@ -20,10 +21,16 @@ struct ProfileNumbers {
   std::optional<std::array<std::int32_t, 9>> colorants;
   /// Chromaticity of the space's own white.
   std::array<double, 2> white{};
+  /// Light from 0 to 65535 at equal steps of the value, the caller's: the curve in place of `curve`, unless
+  /// empty.
+  std::span<const std::uint16_t> table = {};
+  /// Primaries and transfer function by their numbers in ITU-T H.273, for those who know more of them than
+  /// the curve tells. For RGB.
+  std::optional<std::array<std::uint8_t, 2>> codePoints = std::nullopt;
 };
 
-/// A display profile of version 4.3. The same numbers give the same bytes always: it carries a fixed date and
-/// no identifier, so that a picture converted twice is one file.
+/// A display profile of version 4.3, or 4.4 where it tells code points. The same numbers give the same bytes
+/// always: it carries a fixed date and no identifier, so that a picture converted twice is one file.
 Bytes writeProfile(const ProfileNumbers& numbers);
 
 /// Bradford adaptation of light under this white to D50. Nothing for a white that has no brightness.

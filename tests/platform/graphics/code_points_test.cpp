@@ -1,9 +1,11 @@
 #include "platform/graphics/code_points.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>
 
+#include "platform/graphics/high_dynamic_range.h"
 #include "tests/platform/graphics/pictures.h"
 
 namespace ostra::test {
@@ -21,9 +23,9 @@ TEST(CodePoints, ThatANamedSpaceSaysAreThatSpace) {
 }
 
 TEST(CodePoints, ThatNoSpaceSaysAreNone) {
-  constexpr unsigned kUnspecified = 2, kPerceptualQuantiser = 16, kHybridLog = 18;
+  constexpr unsigned kUnspecified = 2;
   for (const auto model : {kRGB, kGray})
-    for (const unsigned transfer : {0u, kUnspecified, 9u, 10u, kPerceptualQuantiser, kHybridLog, 255u})
+    for (const unsigned transfer : {0u, kUnspecified, 9u, 10u, 17u, 255u})
       EXPECT_EQ(spaceOfCodePoints(9, transfer, model), nullptr) << transfer;
   for (const unsigned primaries : {0u, kUnspecified, 3u, 10u, 23u, 255u})
     EXPECT_EQ(spaceOfCodePoints(primaries, 13, kRGB), nullptr) << primaries;
@@ -86,6 +88,32 @@ TEST(CodePoints, HaveThePrimariesOfTheStandard) {
       const auto found = drawn({pixel, 8, 3, CGImageAlphaInfo::none, space}, wide, 16, false);
       const auto wanted = drawn({pixel, 8, 3, CGImageAlphaInfo::none, same}, wide, 16, false);
       for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(found.at(i), wanted.at(i), 8) << row.number;
+    }
+  }
+}
+
+// The curve is one of a display; that more is meant stands beside it.
+TEST(CodePoints, OfHighDynamicRangeAreASpaceThatTellsThem) {
+  constexpr std::uint8_t kPerceptualQuantizer = 16, kHybridLog = 18;
+  const auto linear = CGColorSpace::createWithName(kCGColorSpaceLinearSRGB);
+  for (const std::uint8_t transfer : {kPerceptualQuantizer, kHybridLog}) {
+    const auto space = spaceOfCodePoints(9, transfer, kRGB);
+    ASSERT_NE(space, nullptr);
+    EXPECT_EQ(space->model(), kRGB);
+    EXPECT_EQ(space->profileDescription(),
+              transfer == kHybridLog ? "Rec. ITU-R BT.2100 HLG" : "Rec. ITU-R BT.2100 PQ");
+    const Bytes told = {'c', 'i', 'c', 'p', 0, 0, 0, 0, 9, transfer, 0, 1};
+    const ByteView profile = space->iccData();
+    EXPECT_NE(std::search(profile.begin(), profile.end(), told.begin(), told.end()), profile.end());
+
+    const auto curve = transfer == kHybridLog ? hybridLogGammaCurve() : perceptualQuantizerCurve();
+    const auto gray = spaceOfCodePoints(2, transfer, kGray);
+    ASSERT_NE(gray, nullptr);
+    for (std::size_t i = 0; i < curve.size(); i += 33) {
+      const auto v = static_cast<unsigned>((i * 65535 + 511) / 1023);
+      EXPECT_NEAR(drawn({{v, v, v}, 16, 3, CGImageAlphaInfo::none, space}, linear, 16, false).at(1), curve[i],
+                  24);
+      EXPECT_NEAR(drawn({{v}, 16, 1, CGImageAlphaInfo::none, gray}, linear, 16, false).at(1), curve[i], 24);
     }
   }
 }

@@ -105,11 +105,21 @@ TEST_F(PngColour, OfCodePointsHoldsOverTheSRgbMarkAndUnderAProfile) {
 }
 
 TEST_F(PngColour, OfCodePointsThatNoSpaceSaysIsTheNextMark) {
-  constexpr std::uint8_t kPerceptualQuantiser = 16, kHybridLog = 18;
-  for (const Bytes& unknown : {codePoints(99, 13), codePoints(9, kPerceptualQuantiser),
-                               codePoints(9, kHybridLog), codePoints(12, 13, 1), codePoints(12, 13, 0, 0)})
+  constexpr std::uint8_t kLogarithm = 9;
+  for (const Bytes& unknown :
+       {codePoints(99, 13), codePoints(9, kLogarithm), codePoints(12, 13, 1), codePoints(12, 13, 0, 0)})
     EXPECT_EQ(nameIn(recordOf(rgb_, {unknown, srgb_})), kCGColorSpaceSRGB);
-  EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(rgb_, {codePoints(9, kPerceptualQuantiser)})));
+  EXPECT_TRUE(std::holds_alternative<Untagged>(recordOf(rgb_, {codePoints(9, kLogarithm)})));
+}
+
+TEST_F(PngColour, OfHighDynamicRangeIsAProfileOfIt) {
+  constexpr std::uint8_t kPerceptualQuantizer = 16, kHybridLog = 18;
+  for (const auto& [transfer, name] : {std::pair{kPerceptualQuantizer, "Rec. ITU-R BT.2100 PQ"},
+                                       std::pair{kHybridLog, "Rec. ITU-R BT.2100 HLG"}}) {
+    const auto space = statedSpace(recordOf(rgb_, {codePoints(9, transfer), srgb_}), CGColorSpaceModel::rgb);
+    ASSERT_NE(space, nullptr);
+    EXPECT_EQ(space->profileDescription(), name);
+  }
 }
 
 TEST_F(PngColour, OfCodePointsOnGrayIsTheirCurve) {

@@ -45,12 +45,6 @@ CGColorSpaceRef spaceOf(const JxlColorEncoding& encoding, CGColorSpaceModel mode
   return spaceOfCodePoints(primariesOf(encoding), encoding.transfer_function, model);
 }
 
-// No fractions of a white: such numbers say as little here as in a PNG.
-bool isOfHighDynamicRange(const JxlColorEncoding& encoding) {
-  return encoding.transfer_function == JXL_TRANSFER_FUNCTION_PQ ||
-         encoding.transfer_function == JXL_TRANSFER_FUNCTION_HLG;
-}
-
 // Of a picture that is stored without loss of its own numbers, or under a space that has a name, decoded
 // pixels are in that space. Others, whose profile describes what was packed and not what comes out, would
 // come out as light of sRGB, all other colours cut off.
@@ -65,7 +59,6 @@ void chooseSpace(JxlDecoder* decoder, const Limits& limits, JxlStructure& struct
 bool readJxlColour(JxlDecoder* decoder, const Limits& limits, JxlStructure& structure) {
   chooseSpace(decoder, limits, structure);
   if (const auto encoding = encodingOf(decoder, kDecoded)) {
-    if (isOfHighDynamicRange(*encoding)) return true;
     if (const CGColorSpaceRef space = spaceOf(*encoding, structure.model)) {
       structure.profile = profileOfSpace(space);
       return true;

@@ -124,6 +124,8 @@ TEST_F(AvifReading, TheColoursAreThoseOfTheProfileOrTheNumbers) {
   EXPECT_EQ(nameOf(decoded(made({}, {"--cicp", "12/13/6"})).profile), kCGColorSpaceDisplayP3);
   EXPECT_EQ(nameOf(decoded(made({}, {"--cicp", "9/1/9"})).profile), kCGColorSpaceITUR_2020);
   EXPECT_EQ(nameOf(decoded(made({}, {"--cicp", "2/2/6"})).profile), "none");
+  EXPECT_EQ(propertiesOf(made({}, {"--cicp", "9/16/9"})).tree.at("ProfileName"),
+            Value("Rec. ITU-R BT.2100 PQ"));
   const CGColorSpaceRef adobe = CGColorSpace::createWithName(kCGColorSpaceAdobeRGB1998);
   writeFile(folder.path("a.icc"), adobe->iccData());
   const Bytes file = made({}, {"--icc", folder.path("a.icc")});

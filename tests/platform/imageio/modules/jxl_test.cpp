@@ -181,9 +181,8 @@ TEST_F(Jxl, SpacesThatAreToldByNumbersKeepTheirNames) {
   EXPECT_EQ(profileOf("RGB_D65_SRG_Rel_g0.5", "source.ppm"), "a profile");
   EXPECT_EQ(profileOf("Gra_D65_Rel_SRG", "gray.pgm"), kCGColorSpaceGenericGrayGamma2_2);
   EXPECT_EQ(profileOf("Gra_D65_Rel_Lin", "gray.pgm"), "a profile");
-  // Light beyond white is no more told than it is in a PNG.
-  EXPECT_EQ(profileOf("RGB_D65_202_Rel_PeQ", "source.ppm"), "none");
-  EXPECT_EQ(profileOf("RGB_D65_202_Rel_HLG", "source.ppm"), "none");
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_PeQ", "source.ppm"), "a profile");
+  EXPECT_EQ(profileOf("RGB_D65_202_Rel_HLG", "source.ppm"), "a profile");
 }
 
 TEST_F(Jxl, EveryDepthIsScaledExactly) {

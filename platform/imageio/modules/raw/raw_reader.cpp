@@ -6,6 +6,7 @@
 #include "platform/imageio/modules/raw/raw_container.h"
 #include "platform/imageio/modules/raw/raw_library.h"
 #include "platform/imageio/modules/raw/raw_metadata.h"
+#include "platform/imageio/modules/raw/raw_mosaic.h"
 #include "platform/imageio/modules/raw/raw_pixels.h"
 
 namespace ostra {
@@ -72,6 +73,7 @@ class RawReader : public CodecReader {
 Answer<std::unique_ptr<CodecReader>> openRaw(FileBytes file, const Limits& limits) {
   auto container = readRawContainer(file);
   if (!container) return Fault{FaultKind::notImage};
+  if (hasBoundlessMosaic(file)) return Fault{FaultKind::damaged};
   auto reader = std::make_unique<RawReader>(file, std::move(*container), limits);
   // What holds raw pixels is not handed on: another reader would take a preview for the picture.
   if (const auto fault = reader->open()) return *fault;

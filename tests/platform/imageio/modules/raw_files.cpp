@@ -109,13 +109,20 @@ void appendRow(Bytes& bytes, const std::vector<unsigned>& samples, unsigned bits
   if (count > 0) bytes.push_back(static_cast<std::uint8_t>(waiting << (8 - count)));
 }
 
+unsigned sideOf(const DngParts& parts) { return parts.pattern.size() == 36 ? 6 : 2; }
+
+unsigned colourAt(const DngParts& parts, unsigned x, unsigned y) {
+  const unsigned side = sideOf(parts);
+  return parts.pattern[y % side * side + x % side];
+}
+
 std::vector<Bytes> stripsOf(const DngParts& parts) {
   std::vector<Bytes> strips;
   for (unsigned y = 0; y < parts.height; ++y) {
     if (y % parts.rowsOfStrip == 0) strips.emplace_back();
     std::vector<unsigned> samples;
     for (unsigned x = 0; x < parts.width; ++x) {
-      if (parts.pattern.size() == 4) samples.push_back(parts.value(x, y, parts.pattern[y % 2 * 2 + x % 2]));
+      if (parts.pattern.size() > 1) samples.push_back(parts.value(x, y, colourAt(parts, x, y)));
       if (parts.pattern.size() == 1) samples.push_back(parts.value(x, y, 0));
       for (unsigned c = 0; parts.pattern.empty() && c < 3; ++c) samples.push_back(parts.value(x, y, c));
     }
@@ -147,7 +154,7 @@ Bytes losslessJpeg(const DngParts& parts) {
   int left = 0, above = 1 << 15;
   for (unsigned y = 0; y < parts.height; ++y) {
     for (unsigned x = 0; x < parts.width; ++x) {
-      const int value = static_cast<int>(parts.value(x, y, parts.pattern[y % 2 * 2 + x % 2]));
+      const int value = static_cast<int>(parts.value(x, y, colourAt(parts, x, y)));
       // Modulo 65536, as the decoder adds it.
       const int difference = static_cast<std::int16_t>(value - (x == 0 ? above : left));
       if (x == 0) above = value;
@@ -174,12 +181,13 @@ TiffParts rawDirectory(const DngParts& parts) {
   raw.longs(257, {parts.height});
   raw.shorts(258, std::vector<unsigned>(samples, parts.bits));
   raw.shorts(259, {parts.isCompressed ? 7U : 1U});
-  raw.shorts(262, {parts.pattern.size() == 4 ? kMosaic : kLinear});
+  const bool isMosaic = parts.pattern.size() > 1;
+  raw.shorts(262, {isMosaic ? kMosaic : kLinear});
   raw.shorts(277, {samples});
   raw.longs(278, {parts.isCompressed ? parts.height : parts.rowsOfStrip});
   raw.shorts(284, {1});
-  if (parts.pattern.size() == 4) {
-    raw.shorts(33421, {2, 2});
+  if (isMosaic) {
+    raw.shorts(33421, {sideOf(parts), sideOf(parts)});
     raw.bytes(33422, Bytes(parts.pattern.begin(), parts.pattern.end()));
   }
   raw.longs(50714, std::vector<std::uint32_t>(samples, parts.black));

@@ -42,7 +42,8 @@ struct DngParts {
   ByteOrder order = ByteOrder::little;
   unsigned width = 48, height = 34;
   unsigned bits = 16;
-  /// Of the mosaic, row by row: 0 red, 1 green, 2 blue. None: all three of each pixel; one: a gray sensor.
+  /// Of the mosaic of 2 by 2 or 6 by 6, row by row: 0 red, 1 green, 2 blue. None: all three of each pixel;
+  /// one: a gray sensor.
   std::vector<std::uint8_t> pattern = {0, 1, 1, 2};
   std::function<unsigned(unsigned x, unsigned y, unsigned colour)> value = [](unsigned, unsigned, unsigned) {
     return 30000U;

@@ -101,6 +101,10 @@ TEST_F(Raw, NeutralLightStaysThatInEveryMosaicOrderAndDepth) {
   }
 }
 
+// Fujifilm's, in a DNG.
+const std::vector<std::uint8_t> kSixBySix = {1, 1, 0, 1, 1, 2, 1, 1, 2, 1, 1, 0, 2, 0, 1, 0, 2, 1,
+                                             1, 1, 2, 1, 1, 0, 1, 1, 0, 1, 1, 2, 0, 2, 1, 2, 0, 1};
+
 TEST_F(Raw, AColourIsWhatWhiteBalanceAndMatrixSay) {
   DngParts parts;
   parts.neutral = {0.5, 1, 0.8};
@@ -110,18 +114,23 @@ TEST_F(Raw, AColourIsWhatWhiteBalanceAndMatrixSay) {
   parts.value = [&](unsigned, unsigned, unsigned c) {
     return static_cast<unsigned>(std::lround(1000 + 64535 * light[c] * parts.neutral[c]));
   };
-  const Pixels pixels = decoded(dngFile(parts));
   // From sRGB's primaries to those of ROMM.
   const double matrix[3][3] = {
       {0.52934, 0.33019, 0.14057}, {0.09835, 0.87339, 0.02815}, {0.01686, 0.11764, 0.86537}};
-  const Colour colour = colourAt(pixels, 20, 15);
-  for (std::size_t c = 0; c < 3; ++c) {
-    double expected = 0;
-    for (std::size_t k = 0; k < 3; ++k) expected += matrix[c][k] * light[k];
-    // The library's numbers have five digits, its light 16 bits.
-    EXPECT_NEAR(colour[c], romm(expected), 20) << c;
+  for (const auto& pattern : {parts.pattern, kSixBySix}) {
+    parts.pattern = pattern;
+    // The least that the library takes of such a mosaic.
+    if (pattern.size() == 36) parts.width = parts.height = 512;
+    const Pixels pixels = decoded(dngFile(parts));
+    const Colour colour = colourAt(pixels, 20, 15);
+    for (std::size_t c = 0; c < 3; ++c) {
+      double expected = 0;
+      for (std::size_t k = 0; k < 3; ++k) expected += matrix[c][k] * light[k];
+      // The library's numbers have five digits, its light 16 bits.
+      EXPECT_NEAR(colour[c], romm(expected), 20) << pattern.size() << ' ' << c;
+    }
+    EXPECT_EQ(std::get<NamedSpace>(pixels.profile).name, kCGColorSpaceROMMRGB);
   }
-  EXPECT_EQ(std::get<NamedSpace>(pixels.profile).name, kCGColorSpaceROMMRGB);
 }
 
 TEST_F(Raw, PixelsAreThoseOfTheLibrarysOwnProgram) {
@@ -379,6 +388,19 @@ TEST_F(Raw, DamagedOnesAreAWholePictureOrAFault) {
     const auto* const pixels = std::get_if<Pixels>(&answer);
     if (pixels == nullptr) continue;
     EXPECT_EQ(pixels->bytes.view.size(), pixels->layout.bytesPerRow * pixels->layout.height);
+  }
+}
+
+// The library would copy them over its own memory until that is at its end.
+TEST_F(Raw, SixBySixCellsThatAreSaidToBeOthersAreRefused) {
+  for (const ByteOrder order : {ByteOrder::little, ByteOrder::big}) {
+    for (const std::uint16_t tag : {std::uint16_t{33422}, std::uint16_t{64777}}) {
+      DngParts parts;
+      parts.order = order;
+      if (tag == 33422) parts.pattern.clear();
+      parts.moreRaw = [&](TiffParts& raw) { raw.bytes(tag, kSixBySix); };
+      EXPECT_EQ(faultOf(decodeBytes(dngFile(parts))), Fault{FaultKind::damaged}) << tag;
+    }
   }
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/graphics/code_points.h"
+#include "platform/imageio/codecs/heif_derived.h"
 #include "platform/imageio/codecs/heif_tracks.h"
 #include "platform/imageio/profile_space.h"
 
@@ -162,7 +163,8 @@ std::optional<HeifFile> readHeifFile(ByteView file) {
   const auto box = findBmffBox(file, bmffType("meta"));
   auto meta = box ? readHeifMeta(*box) : std::nullopt;
   const HeifItem* const item = meta ? meta->item(meta->primary) : nullptr;
-  if (item == nullptr || endsInABox(file) || !isWhole(file, *meta)) return std::nullopt;
+  if (item == nullptr || endsInABox(file) || !isWhole(file, *meta) || !derivedSizesAgree(file, *meta))
+    return std::nullopt;
   HeifFile heif;
   heif.itemType = item->type;
   if (!readSize(*meta, *item, heif) || !readTransforms(*meta, *item, heif)) return std::nullopt;

@@ -29,7 +29,7 @@ struct HeifFile {
   HeifMeta meta;
 };
 
-/// Nothing when the file is cut off, or has no primary picture with a size.
+/// Nothing when the file is cut off or contradicts itself, or has no primary picture with a size.
 std::optional<HeifFile> readHeifFile(ByteView file);
 
 /// The bytes of an item of the file, put together; empty when they do not lie there or are none. Throws

@@ -154,6 +154,19 @@ TEST_F(HeifReading, ClaimsBeyondTheLimitsAreFaultsOfTheDecodingAlone) {
   EXPECT_EQ(faultOf(decodeBytes(other)), Fault{FaultKind::damaged});
 }
 
+// What puts the parts together would take memory for the size in the content.
+TEST_F(HeifReading, AGridOfAnotherSizeThanItsPropertiesSayIsRefused) {
+  const Bytes whole = made({}, {}, "47x33");
+  ASSERT_FALSE(faultOf(decodeBytes(whole)));
+  // One row and column; the size as numbers of 16 bits.
+  const Bytes grid = {0, 0, 0, 0, 0, 47, 0, 33};
+  const auto at = std::search(whole.begin(), whole.end(), grid.begin(), grid.end());
+  ASSERT_NE(at, whole.end()) << "the picture is no grid";
+  Bytes huge = whole;
+  std::fill_n(huge.begin() + (at - whole.begin()) + 4, 4, std::uint8_t{0xFF});
+  EXPECT_EQ(faultOf(decodeBytes(huge)), Fault{FaultKind::damaged});
+}
+
 TEST_F(HeifReading, OneThatIsCutOffAnywhereIsRefused) {
   for (const std::vector<std::string>& settings : {std::vector<std::string>{}, kTransparent}) {
     made(settings, {}, "47x33");

@@ -1,6 +1,8 @@
 #include "platform/imageio/modules/raw/raw_library.h"
 
 #include <algorithm>
+#include <array>
+#include <iterator>
 #include <stdexcept>
 
 // The runtime's header belongs to the compiler, and not every compiler has it.
@@ -20,6 +22,25 @@ void giveUpInTime(LibRaw& library, const DecodeClock& clock) {
 void noteLostData(LibRaw& library, bool& lost) {
   library.set_dataerror_handler([](void* data, const char*, const int) { *static_cast<bool*>(data) = true; },
                                 &lost);
+}
+
+// To the model's name the library appends a few characters, and ends the process where they have no room. It
+// asks for every entry of a directory before it reads it.
+void refuseLongModels(LibRaw& library) {
+  library.set_exifparser_handler(
+      [](void*, int tag, int, int, unsigned, void* file, INT64) {
+        constexpr int kModel = 272, kUniqueModel = 50708;
+        if ((tag & 0xFFFF) != kModel && (tag & 0xFFFF) != kUniqueModel) return;
+        constexpr std::size_t kRead = 64, kLongest = 40;
+        auto& stream = *static_cast<RawStream*>(static_cast<LibRaw_abstract_datastream*>(file));
+        std::array<char, kRead> name{};
+        stream.peek(name);
+        const auto end = std::find(name.begin(), name.end(), 0);
+        const auto shown =
+            std::find_if(std::reverse_iterator(end), name.rend(), [](char c) { return c != ' '; });
+        if (static_cast<std::size_t>(name.rend() - shown) > kLongest) throw LIBRAW_EXCEPTION_IO_CORRUPT;
+      },
+      nullptr);
 }
 
 // Linear light in the primaries of ROMM RGB; the curve is applied when the pixels are taken.
@@ -87,6 +108,12 @@ int RawStream::get_char() {
   return result;
 }
 
+void RawStream::peek(std::span<char> to) {
+  const INT64 position = tell();
+  LibRaw_buffer_datastream::read(to.data(), 1, to.size());
+  seek(position, SEEK_SET);
+}
+
 RawLibrary::RawLibrary(FileBytes file, const Limits& limits)
     : stream_(file),
       clock_(limits.seconds),
@@ -96,6 +123,7 @@ RawLibrary::RawLibrary(FileBytes file, const Limits& limits)
   chooseSettings(library_->imgdata.params, limits);
   giveUpInTime(*library_, clock_);
   noteLostData(*library_, lostData_);
+  refuseLongModels(*library_);
 }
 
 std::optional<Fault> RawLibrary::faultOf(int result) const {

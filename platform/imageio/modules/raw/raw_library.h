@@ -1,6 +1,7 @@
 #pragma once
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include <libraw/libraw.h>
@@ -20,6 +21,8 @@ class RawStream : public LibRaw_buffer_datastream {
   explicit RawStream(FileBytes file);
   int read(void* to, std::size_t size, std::size_t count) override;
   int get_char() override;
+  /// Reads what there is without going on.
+  void peek(std::span<char> to);
   /// Bytes that were asked for behind the end.
   std::uint64_t missing() const { return missing_; }
   void forget() { missing_ = 0; }

@@ -404,6 +404,19 @@ TEST_F(Raw, SixBySixCellsThatAreSaidToBeOthersAreRefused) {
   }
 }
 
+// What the library appends to some makers' models would end the process.
+TEST_F(Raw, NamesOfModelsThatNoCameraHasAreRefused) {
+  DngParts parts;
+  parts.make = "Hasselblad";
+  for (const bool isDng : {true, false}) {
+    parts.isDng = isDng;
+    parts.model = std::string(63, 'x');
+    EXPECT_EQ(faultOf(decodeBytes(dngFile(parts))), Fault{FaultKind::damaged});
+    parts.model = "H3D-39" + std::string(50, ' ');
+    EXPECT_EQ(faultOf(decodeBytes(dngFile(parts))), std::nullopt);
+  }
+}
+
 TEST_F(Raw, OneBeyondTheLimitsIsRefusedBeforeMemoryIsTaken) {
   DngParts parts;
   parts.width = 600;

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "platform/imageio/within_memory.h"
+
 namespace ostra {
 namespace {
 
@@ -30,11 +32,11 @@ std::optional<RoundTrip> roundTripCodec(std::string_view type, ByteView file) {
   const Codec& codec = *codecForType(type);
   if (!codec.matches(file.first(std::min(file.size(), kSignatureBytes)))) return std::nullopt;
   const CodecFunctions& functions = *functionsOf(codec);
-  auto opened = functions.open(file, smallLimits());
+  auto opened = withinMemory([&] { return functions.open(file, smallLimits()); });
   if (std::holds_alternative<Fault>(opened)) return std::nullopt;
   CodecReader& reader = *std::get<std::unique_ptr<CodecReader>>(opened);
-  const auto properties = reader.properties(0, smallLimits());
-  const auto pixels = reader.decode(0, smallLimits());
+  const auto properties = withinMemory([&] { return reader.properties(0, smallLimits()); });
+  const auto pixels = withinMemory([&] { return reader.decode(0, smallLimits()); });
   if (!std::holds_alternative<Pixels>(pixels) || functions.encode == nullptr) return std::nullopt;
   const auto* known = std::get_if<Properties>(&properties);
   auto written = functions.encode(std::get<Pixels>(pixels), known);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 #include "host/data_folder.h"
 #include "host/message.h"
@@ -32,6 +34,16 @@ std::vector<std::string> foldersIn(const std::string& folder) {
   return folders;
 }
 
+/// Nothing for one that cannot be read, which is told.
+std::optional<Bundle> readIfSound(const std::string& folder) {
+  try {
+    return readBundle(folder);
+  } catch (const UsageError& failure) {
+    say(failure.what());
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 std::string Bundle::action() const {
@@ -59,18 +71,18 @@ std::string bundlesFolder() { return dataFolder("bundles"); }
 std::vector<Bundle> bundlesIn(const std::string& folder) {
   std::vector<Bundle> bundles;
   for (const std::string& each : foldersIn(folder)) {
-    try {
-      bundles.push_back(readBundle(each));
-    } catch (const UsageError& failure) {
-      say(failure.what());
-    }
+    if (auto bundle = readIfSound(each)) bundles.push_back(std::move(*bundle));
   }
   return bundles;
 }
 
 Bundle bundleOfAction(const std::string& folder, std::string_view action) {
-  for (Bundle& bundle : bundlesIn(folder)) {
-    if (bundle.action() == action) return std::move(bundle);
+  std::vector<std::string> folders = foldersIn(folder);
+  // Ours are called what their action is, so that a start reads no other.
+  std::stable_partition(folders.begin(), folders.end(),
+                        [&](const std::string& each) { return fs::path(each).filename() == action; });
+  for (const std::string& each : folders) {
+    if (auto bundle = readIfSound(each); bundle && bundle->action() == action) return std::move(*bundle);
   }
   throw UsageError("There is no action “" + std::string(action) + "”. See “ostra list”.");
 }

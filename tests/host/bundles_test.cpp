@@ -42,6 +42,19 @@ TEST_F(BundlesTest, AreFoundByTheirAction) {
   EXPECT_THROW(bundleOfAction(folder_.path("nothing"), "srgb"), UsageError);
 }
 
+TEST_F(BundlesTest, AreNotReadBesideTheOneThatIsCalledWhatItsActionIs) {
+  add("srgb", {{"NIVEQuickAction", "srgb"}, {"CFBundleDisplayName", "Narrow"}});
+  add("a", {{"NIVEQuickAction", "srgb"}, {"CFBundleDisplayName", "Other"}});
+  add("invert", {{"NIVEQuickAction", "jpg"}});
+  std::filesystem::create_directory(folder_.path("broken"));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(bundleOfAction(folder_.path(), "srgb").displayName(), "Narrow");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(bundleOfAction(folder_.path(), "jpg").folder, folder_.path("invert"));
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("broken"));
+}
+
 TEST_F(BundlesTest, AreReportedAndLeftOutWhereTheyCannotBeRead) {
   add("a", {{"NIVEQuickAction", "srgb"}});
   std::filesystem::create_directory(folder_.path("broken"));

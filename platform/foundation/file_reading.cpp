@@ -12,7 +12,8 @@
 namespace ostra {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{64} << 10;
+// Most are property lists of two kilobytes, of which every start reads several.
+constexpr std::size_t kPiece = std::size_t{8} << 10;
 
 }  // namespace
 

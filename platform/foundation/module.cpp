@@ -9,11 +9,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Asked for with every picture. Throws `fs::filesystem_error` when it cannot be told, and is asked again
+/// then.
+const fs::path& programFolder() {
+  static const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+  return folder;
+}
+
 /// Beside the program in a build, in the libraries' folder once installed. Throws `fs::filesystem_error` when
 /// it cannot be told where that is.
 fs::path pathOf(std::string_view name) {
   const std::string file = "ostra-" + std::string(name) + ".so";
-  const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
+  const fs::path& program = programFolder();
   for (const fs::path& folder : {program / "modules", program / ".." / OSTRA_LIBRARY_FOLDER / "ostra"}) {
     if (fs::exists(folder / file)) return folder / file;
   }
